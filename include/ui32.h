@@ -63,8 +63,9 @@ typedef struct UiConfig {
     int32_t sourceBytesPerPixel;
 } UiConfig;
 
-/* The client's table of entry points, filled by srn_get.  Cast each slot to
- * its function-pointer type below before calling it. */
+/* The client's table of entry points, filled by srn_get.  Convert each slot
+ * to its function-pointer type below before calling it (a cast, as POSIX
+ * allows for dlsym results, or a memcpy in strict ISO C). */
 typedef void *UiDrawTable[25];
 
 /* ------------------------------------------------------------------------ */
@@ -414,10 +415,14 @@ void srn_get(UiDrawTable table, UiLogFn log, const UiConfig *config);
 /* Layout checks                                                            */
 /* ------------------------------------------------------------------------ */
 
-#ifdef __cplusplus
+#if defined(__cplusplus)
 #define UI32_STATIC_ASSERT(cond, msg) static_assert(cond, msg)
-#else
+#elif defined(__STDC_VERSION__) && __STDC_VERSION__ >= 201112L
 #define UI32_STATIC_ASSERT(cond, msg) _Static_assert(cond, msg)
+#else /* C99: an array of negative size stops the compiler */
+#define UI32_CONCAT_(a, b) a##b
+#define UI32_CONCAT(a, b) UI32_CONCAT_(a, b)
+#define UI32_STATIC_ASSERT(cond, msg) typedef char UI32_CONCAT(ui32_layout_check_, __LINE__)[(cond) ? 1 : -1]
 #endif
 #include <stddef.h>
 
