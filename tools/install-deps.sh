@@ -5,8 +5,8 @@
 # compiler, so the i386 build uses g++-12-multilib and libc6-dev-i386 only.
 set -eu
 
-PACKAGES="cmake make g++ binutils googletest g++-12-multilib libc6-dev-i386 lib32stdc++-12-dev
-g++-arm-linux-gnueabihf qemu-user ${UI32_EXTRA_PACKAGES:-}"
+# One list per area in tools/packages/*.txt; '#' starts a comment.
+PACKAGES=$(cat "$(dirname "$0")"/packages/*.txt | sed 's/#.*//' | tr -s ' \n' '\n' | sort -u)
 
 missing=""
 for p in $PACKAGES; do
