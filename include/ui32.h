@@ -29,6 +29,28 @@
  * ("dirtybuf" 114) is reported and the drawing stands.
  */
 #ifndef UI32_H
+
+/*
+ * Behaviour on unusual input (choices the library makes where a record is
+ * inconsistent; none of them reads or writes outside the client's buffers):
+ *
+ * - A null log callback silences every report; drawing is unaffected.
+ * - An imgbuf whose `pixels` is null: every access check yields nothing
+ *   without the "imgbuf" report, whatever the rectangle, and the entry point
+ *   makes its own "ui" report and draws nothing.  (Adding an offset to a null
+ *   pointer would otherwise give a small non-null address.)
+ * - A dirtybuf whose `tiles` is null: marking is refused with the "dirtybuf"
+ *   114 report, exactly as for a tile range outside the map.
+ * - MemBlt with a null `bitmapPixels` is treated like a source rectangle
+ *   outside the bitmap: nothing drawn, nothing reported, no tile marked.
+ * - Coordinates are 32-bit words: origin translation and clipping wrap and
+ *   compare as 32-bit two's-complement values would, without overflow, and
+ *   every resulting rectangle is bounds-checked before any pixel is touched.
+ * - Order colours are composed from the three words as given
+ *   (first << 16 | second << 8 | third); words above 255 are not masked.
+ * - Stream reads (bitmaps, tiles) with a negative count are refused with the
+ *   same report as a count beyond the data, never read backwards.
+ */
 #define UI32_H
 
 #include <stdbool.h>

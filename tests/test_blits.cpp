@@ -109,6 +109,7 @@ TEST(DstBlt, TilesOutsideTheMapAreReportedAndThePixelsStay) {
     EXPECT_EQ(log.reports()[0].text, "0,0->1,2 of 2,1");
     EXPECT_EQ(frame.at(0, 30), 0u);
     EXPECT_EQ(frame.dirty().changed, 0);
+    EXPECT_TRUE(frame.guardsIntact());
 }
 
 // ScrBlt through every direction of overlap, against a copy made through a
