@@ -1,9 +1,14 @@
-// Not implemented yet: the entry points of this file do nothing, so that every
-// slot of the drawing table is callable while the subsystem is being built.
+// The opaque rectangle order, OpaqueRect (slot 5).
 #include "entry.h"
+#include "fills.h"
+#include "surface.h"
+#include "ui.h"
 
-namespace ui {
-
-void opaqueRect(UiSurface *, const UiOpaqueRectOrder *, const UiClipRect *) {}
-
-}  // namespace ui
+void ui::opaqueRect(UiSurface *surface, const UiOpaqueRectOrder *order, const UiClipRect *clip) {
+    UiRect r{order->left, order->top, order->width, order->height};
+    translate(*surface, r.left, r.top);
+    if (!clipToRect(r, *clip)) return;
+    const uint32_t colour = colourOf(order->red, order->green, order->blue);
+    if (!fillSolid(surface->image, r, &colour)) return;
+    surface->dirty.markRect(r.left, r.top, wrapAdd(r.left, r.width), wrapAdd(r.top, r.height));
+}
