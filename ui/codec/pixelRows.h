@@ -1,0 +1,34 @@
+// Conversion of stored pixels (bytesPerPixel bytes each, the first three
+// making the colour, first byte lowest) into 32-bit frame-buffer pixels.
+// Shared by the colour-image orders and the uncompressed bitmap paths.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace ui {
+
+inline uint32_t storedPixel(const uint8_t *p) {
+    return uint32_t(p[0]) | (uint32_t(p[1]) << 8) | (uint32_t(p[2]) << 16);
+}
+
+// count pixels from src (count x Bpp bytes) to out, eight per step.
+template <int Bpp>
+inline void convertPixelsOf(uint32_t *__restrict out, const uint8_t *__restrict src, int32_t count) {
+    int32_t i = 0;
+    for (; i + 8 <= count; i += 8, src += 8 * Bpp) {
+#pragma GCC unroll 8
+        for (int k = 0; k < 8; ++k) out[i + k] = storedPixel(src + k * Bpp);
+    }
+    for (; i < count; ++i, src += Bpp) out[i] = storedPixel(src);
+}
+
+// The same for any depth of at least 3 bytes; src holds count x bytesPerPixel
+// bytes.
+inline void convertPixels(uint32_t *out, const uint8_t *src, int32_t count, int32_t bytesPerPixel) {
+    if (bytesPerPixel == 3) return convertPixelsOf<3>(out, src, count);
+    if (bytesPerPixel == 4) return convertPixelsOf<4>(out, src, count);
+    for (int32_t i = 0; i < count; ++i) out[i] = storedPixel(src + size_t(i) * size_t(bytesPerPixel));
+}
+
+}  // namespace ui
