@@ -35,10 +35,10 @@
  * inconsistent; none of them reads or writes outside the client's buffers):
  *
  * - A null log callback silences every report; drawing is unaffected.
- * - An imgbuf whose `pixels` is null: every access check yields nothing
- *   without the "imgbuf" report, whatever the rectangle, and the entry point
- *   makes its own "ui" report and draws nothing.  (Adding an offset to a null
- *   pointer would otherwise give a small non-null address.)
+ * - An imgbuf whose `pixels` is null: a rectangle that passes the bounds
+ *   check still yields no pixel address, at any offset (not only at 0, 0),
+ *   so the entry point makes its own "ui" report alone and draws nothing.
+ *   A rectangle outside the image is reported by "imgbuf" first, as always.
  * - A dirtybuf whose `tiles` is null: marking is refused with the "dirtybuf"
  *   114 report, exactly as for a tile range outside the map.
  * - MemBlt with a null `bitmapPixels` is treated like a source rectangle
