@@ -10,11 +10,13 @@ constexpr int kArgumentSite = 902;
 constexpr int kPlanarSizeSite = 919;
 
 // Output bytes of a width x height bitmap, or -1 when a dimension is
-// negative.  The product is formed in 64 bits: hostile dimensions cannot wrap
-// into a small positive size.
+// negative.  The pixel count is formed in 64 bits (below 2^62, so hostile
+// dimensions cannot wrap into a small positive size); beyond 2^31 pixels the
+// result saturates, as every such size is refused anyway.
 int64_t outputBytes(int32_t width, int32_t height) {
     if (width < 0 || height < 0) return -1;
-    return int64_t(width) * 4 * height;
+    const int64_t pixels = int64_t(width) * height;
+    return pixels > INT32_MAX ? 4 * int64_t(INT32_MAX) : 4 * pixels;
 }
 
 }  // namespace
