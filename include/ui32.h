@@ -50,6 +50,59 @@
  *   (first << 16 | second << 8 | third); words above 255 are not masked.
  * - Stream reads (bitmaps, tiles) with a negative count are refused with the
  *   same report as a count beyond the data, never read backwards.
+ *
+ * Bitmaps (slots 0 and 8):
+ * - An order that would run past the end of the output stores only the
+ *   pixels that fit in width x height; it still consumes its input, and the
+ *   "%d > %d!" report (341) gives the full overrun.
+ * - sourceBytesPerPixel below 3 is refused before decoding ("ui" 902 from the
+ *   decoder and slot 8, 1229 for an uncompressed slot 0); 5 or more uses the
+ *   first three bytes of each pixel.
+ * - A planar plane whose control byte cannot be read fails the plane (the
+ *   shortage report, then 939/944/948/952) and the decode returns 0; a
+ *   missing raw byte inside a segment still counts as 0.
+ * - Uncompressed data shorter than the rows read is refused before drawing:
+ *   slot 0 reports 1229 (its tiles are already marked), slot 8 reports 902
+ *   and returns 0.  A null data pointer is refused the same way.
+ * - Every size product is computed in 64 bits: negative sizes and outputs
+ *   near 2^31 bytes are refused (902 interleaved, 919 planar) instead of
+ *   wrapping into a small size.
+ * - A stream that ends on its very last byte decodes completely; raw planar
+ *   data must hold exactly the planes' bytes.
+ * - The planar run-length path writes byte 3 of each pixel as 0, like every
+ *   other decoder, so no stale byte reaches the frame buffer.
+ * - Pixels that an interleaved stream ending early never decoded are not
+ *   copied by slot 0: the frame buffer keeps its own pixels there.
+ *
+ * Text and brushes (slots 2, 5, 6, 7):
+ * - Without a fragment store (its reservation failed) glyph string orders are
+ *   refused with "ui" 3782, the site of that failure; FastGlyph still works.
+ * - A glyph whose bitmap (cy rows of (cx + 7) / 8 bytes) is larger than the
+ *   cache's entry data size is an unusable entry: "rdpclient-caches" 64, not
+ *   drawn (a glyph string skips it without advancing; FastGlyph also reports
+ *   "ui" 2928).  A null cache has no entries; a negative entry size or count
+ *   refuses every index; a null `entries` draws nothing.
+ * - A failed opaque or background fill ends the text order: no glyphs, no
+ *   tiles.  cbData below 0 reads as 0, above 256 as 256.
+ * - A hatched brush with a null hatch table is refused like a hatch above 5
+ *   ("ui" 1522).  Glyph edges and brush phases are summed in 64 bits.
+ *
+ * RFB tiles (slots 18-22, 24):
+ * - A palette index at or beyond the palette size paints black (0x000000);
+ *   the palettes are cleared before reading, so nothing outside them or
+ *   uninitialised is ever read.  Packed sizes 0 and 1 use 1-bit indexes.
+ * - zrleRawTile with a negative width or height consumes nothing and is
+ *   refused (3086 for a null ptr, else "imgbuf" 99 then 3089); a tile needing
+ *   more than 2^31 - 1 bytes is "too short" (0).
+ * - Where a byte would have to be read from a null `ptr`, the call returns -1
+ *   with nothing consumed, reported at the entry point's first site.  A
+ *   negative `left` means no bytes.
+ * - A negative packed palette size is refused like one above 16 (3148);
+ *   palette run-length sub-encodings outside 128-255 are refused (3394).
+ * - A null `image` in a tile record is refused like a failed image check,
+ *   without the "imgbuf" report; a null `dirty` marks nothing, silently.
+ *   hextileRect with a null image or rect reports 3673; a null read callback
+ *   behaves like one that fails.
  */
 #define UI32_H
 
