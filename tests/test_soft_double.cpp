@@ -5,7 +5,6 @@
 #include <climits>
 #include <random>
 
-#include "divide.h"
 #include "line_reference.h"
 #include "softDouble.h"
 
@@ -151,25 +150,6 @@ TEST(SoftDouble, FusedMultiplyAddKnownValues) {
     expectSame(ui::fusedMultiplyAdd(soft(a), soft(b), soft(0x1p-200)), 1 + 0x1p-23 + 0x1p-30 + 0x1p-52, "tie pushed up");
     expectSame(ui::fusedMultiplyAdd(soft(a), soft(b), soft(-0x1p-200)), 1 + 0x1p-23 + 0x1p-30, "tie pulled down");
     expectSame(ui::fusedMultiplyAdd(soft(3.0), soft(-2.0), soft(6.0)), 0.0, "exact zero is +0");
-}
-
-// The bit-by-bit division used on ARM against the compiler's division.
-TEST(DivideU64, QuotientAndRemainder) {
-    std::mt19937_64 rng(4);
-    const uint64_t fixed[] = {1, 2, 3, 10, 0x7fffffff, 0x80000000, 0xffffffff, 0x100000000, uint64_t(1) << 62};
-    for (uint64_t n : {uint64_t(0), uint64_t(1), uint64_t(5), uint64_t(0xffffffff), uint64_t(3) << 30,
-                       ~uint64_t(0), uint64_t(1) << 63})
-        for (uint64_t d : fixed) {
-            uint64_t r = 99;
-            EXPECT_EQ(ui::divideU64(n, d, r), n / d) << n << " / " << d;
-            EXPECT_EQ(r, n % d) << n << " % " << d;
-        }
-    for (int i = 0; i < 20000; ++i) {
-        const uint64_t n = rng() >> (rng() % 64), d = (rng() >> (rng() % 63 + 1)) | 1;
-        uint64_t r = 0;
-        ASSERT_EQ(ui::divideU64(n, d, r), n / d) << n << " / " << d;
-        ASSERT_EQ(r, n % d);
-    }
 }
 
 }  // namespace

@@ -14,10 +14,6 @@ constexpr int kScrBltSourceSite = 1567;
 constexpr int kScrBltDestSite = 1570;
 constexpr int kMemBltDestSite = 1738;
 
-void markDrawn(UiSurface &surface, const UiRect &r) {
-    surface.dirty.markRect(r.left, r.top, r.left + r.width, r.top + r.height);
-}
-
 // Moves a block inside one image.  Rows go top to bottom when the source lies
 // below the destination, else bottom to top; within a row a non-copy
 // operation walks left to right when the source lies right of the
@@ -46,7 +42,7 @@ void ui::dstBlt(UiSurface *surface, const UiDstBltOrder *order, const UiClipRect
     if (!clipToRect(r, *clip)) return;
     const uint32_t white = kWhite;
     if (!fillRop(surface->image, r, &white, order->rop & 15)) return;
-    markDrawn(*surface, r);
+    markDrawn(surface->dirty, r);
 }
 
 void ui::scrBlt(UiSurface *surface, const UiScrBltOrder *order, const UiClipRect *clip) {
@@ -63,7 +59,7 @@ void ui::scrBlt(UiSurface *surface, const UiScrBltOrder *order, const UiClipRect
     if (dst == nullptr) return reportInternal("ui", kScrBltDestSite);
 
     moveBlock(image, dst, src, r, srcLeft, srcTop, order->rop & 15);
-    markDrawn(*surface, r);
+    markDrawn(surface->dirty, r);
 }
 
 // The source rectangle must lie inside the bitmap; compared in 64 bits so that
@@ -92,12 +88,13 @@ void ui::memBlt(UiSurface *surface, const UiMemBltOrder *order, const UiClipRect
     const int32_t topStoredRow = order->bitmapHeight - 1 - srcTop;
     const int32_t index = order->rop & 15;
     const RopSpan span = ropForwardSpans[size_t(index)];
-    for (int32_t y = 0; y < r.height; ++y, dst = nextRow(dst, image.stride)) {
+    for (int32_t y = 0; y < r.height; ++y) {
+        uint32_t *row = rowAt(dst, image.stride, y);
         const uint32_t *src = firstRow + size_t(topStoredRow - y) * bitmapWidth;
         if (index == kRopCopy)
-            std::memcpy(dst, src, 4 * size_t(r.width));
+            std::memcpy(row, src, 4 * size_t(r.width));
         else
-            span(dst, src, r.width);
+            span(row, src, r.width);
     }
-    markDrawn(*surface, r);
+    markDrawn(surface->dirty, r);
 }

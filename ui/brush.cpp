@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "dirtybuf.h"
 #include "entry.h"
 #include "fills.h"
 #include "surface.h"
@@ -102,5 +103,5 @@ void ui::patBlt(UiSurface *surface, const UiPatBltOrder *order, const UiClipRect
     if (!clipToRect(r, *clip)) return;
     // Every attempted fill marks its tiles, even one that reported an error.
     if (!fillBrush(surface->image, *order, r)) return;
-    surface->dirty.markRect(r.left, r.top, wrapAdd(r.left, r.width), wrapAdd(r.top, r.height));
+    markDrawn(surface->dirty, r);
 }

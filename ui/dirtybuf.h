@@ -8,9 +8,16 @@ namespace ui {
 
 inline constexpr int kTileSize = 32;
 
-// Marks the tiles of a drawn rectangle when the caller was given a map.
+// Marks the tiles of a drawn rectangle.  The right and bottom edges are
+// summed as 32-bit words, without overflow.
+inline void markDrawn(dirtybuf &dirty, int32_t left, int32_t top, int32_t width, int32_t height) {
+    dirty.markRect(left, top, int32_t(uint32_t(left) + uint32_t(width)), int32_t(uint32_t(top) + uint32_t(height)));
+}
+inline void markDrawn(dirtybuf &dirty, const UiRect &r) { markDrawn(dirty, r.left, r.top, r.width, r.height); }
+
+// The same when the caller may have been given no map.
 inline void markIfGiven(dirtybuf *dirty, int32_t left, int32_t top, int32_t width, int32_t height) {
-    if (dirty != nullptr) dirty->markRect(left, top, left + width, top + height);
+    if (dirty != nullptr) markDrawn(*dirty, left, top, width, height);
 }
 
 }  // namespace ui

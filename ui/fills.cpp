@@ -32,7 +32,7 @@ bool ui::fillSolid(const imgbuf &image, const UiRect &rect, const uint32_t *colo
         return false;
     }
     const uint32_t c = *colour;
-    for (int32_t y = 0; y < rect.height; ++y, p = nextRow(p, image.stride)) std::fill_n(p, rect.width, c);
+    for (int32_t y = 0; y < rect.height; ++y) std::fill_n(rowAt(p, image.stride, y), rect.width, c);
     return true;
 }
 
@@ -45,7 +45,7 @@ bool ui::fillRop(const imgbuf &image, const UiRect &rect, const uint32_t *colour
     }
     const RopSolidSpan span = ropSolidSpans[size_t(index) & 15];
     const uint32_t c = *colour;
-    for (int32_t y = 0; y < rect.height; ++y, p = nextRow(p, image.stride)) span(p, c, rect.width);
+    for (int32_t y = 0; y < rect.height; ++y) span(rowAt(p, image.stride, y), c, rect.width);
     return true;
 }
 
@@ -65,13 +65,14 @@ void ui::fillPattern8x8(const imgbuf &image, const UiPatBltOrder &order, const U
 
     const int32_t index = order.rop & 15;
     const RopSpan span = ropForwardSpans[size_t(index)];
-    for (int32_t i = 0; i < rect.height; ++i, p = nextRow(p, image.stride)) {
+    for (int32_t i = 0; i < rect.height; ++i) {
+        uint32_t *row = rowAt(p, image.stride, i);
         const std::array<uint32_t, 8> colours = patternRow(pattern[(yPhase + i) & 7], xPhase, oneColour, zeroColour);
         if (index == kRopCopy) {
-            for (int32_t x = 0; x < rect.width; ++x) p[x] = colours[size_t(x) & 7];
+            for (int32_t x = 0; x < rect.width; ++x) row[x] = colours[size_t(x) & 7];
             continue;
         }
         // Other operations combine the row in runs of eight pattern pixels.
-        for (int32_t x = 0; x < rect.width; x += 8) span(p + x, colours.data(), std::min(8, rect.width - x));
+        for (int32_t x = 0; x < rect.width; x += 8) span(row + x, colours.data(), std::min(8, rect.width - x));
     }
 }

@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "divide.h"
 #include "entry.h"
 #include "lineClip.h"
 #include "rop.h"
@@ -165,7 +164,7 @@ void drawSloped(UiSurface &surface, const ui::LineSegment &s, bool endKept, Pen 
     // The box lies in the image, so its sizes are small from here on.
     const bool xMajor = width > height;
     const int64_t major = xMajor ? width : height, minor = xMajor ? height : width;
-    const uint32_t slope = uint32_t(ui::divideU64(uint64_t(minor) << 30, uint64_t(major)));  // 64-bit, truncating
+    const uint32_t slope = uint32_t((uint64_t(minor) << 30) / uint64_t(major));  // 64-bit, truncating
     const uint32_t count = uint32_t(endKept ? major : major + 1);
     // A row step is only taken when the box spans two rows or more, and then
     // the client's buffer holds more than `stride` bytes, so the stride fits

@@ -1,4 +1,5 @@
 // The opaque rectangle order, OpaqueRect (slot 5).
+#include "dirtybuf.h"
 #include "entry.h"
 #include "fills.h"
 #include "surface.h"
@@ -10,5 +11,5 @@ void ui::opaqueRect(UiSurface *surface, const UiOpaqueRectOrder *order, const Ui
     if (!clipToRect(r, *clip)) return;
     const uint32_t colour = colourOf(order->red, order->green, order->blue);
     if (!fillSolid(surface->image, r, &colour)) return;
-    surface->dirty.markRect(r.left, r.top, wrapAdd(r.left, r.width), wrapAdd(r.top, r.height));
+    markDrawn(surface->dirty, r);
 }

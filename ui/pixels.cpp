@@ -4,7 +4,7 @@
 
 #include "dirtybuf.h"
 #include "entry.h"
-#include "rfb/sourcePixel.h"
+#include "sourcePixel.h"
 #include "ui.h"
 
 namespace {
@@ -23,7 +23,7 @@ bool ui::putPixels(imgbuf *image, dirtybuf *dirty, const UiRect *rect, const uin
         reportInternal("ui", kPutPixelsSite);
         return false;
     }
-    const rfb::RowFn convert = rfb::rowFor<4>(settings.sourceByteOrder);
+    const ui::RowFn convert = ui::rowFor<4>(settings.sourceByteOrder);
     const size_t sourceRowBytes = 4 * size_t(r.width);
     for (int32_t y = 0; y < r.height; ++y) convert(rowAt(p, image->stride, y), src + size_t(y) * sourceRowBytes, r.width);
     markIfGiven(dirty, r.left, r.top, r.width, r.height);
@@ -39,7 +39,7 @@ void ui::importImage32(UiImage32Record *record, const uint8_t *src, int32_t rowL
     if (height < 1) return;
     const int32_t width = std::min(record->width, kImage32Words);
     if (width < 1 || rowLength < width) return;
-    const rfb::RowFn convert = rfb::rowFor<4>(settings.sourceByteOrder);
+    const ui::RowFn convert = ui::rowFor<4>(settings.sourceByteOrder);
     uint32_t *words = reinterpret_cast<uint32_t *>(record) + kImage32FirstWord;
     for (int32_t r = 0; r < height; ++r)
         convert(words + size_t(r) * kImage32Words, src + 4 * size_t(r) * size_t(rowLength), width);

@@ -9,7 +9,6 @@
 #include <bit>
 #include <utility>
 
-#include "divide.h"
 
 namespace {
 
@@ -200,7 +199,8 @@ SoftDouble quotient(int32_t num, int32_t den) {
     uint64_t remainder = 0;
     for (int i = 0; i < 4; ++i) {
         const uint64_t current = (remainder << 32) | digits[i];
-        q[i] = uint32_t(divideU64(current, d, remainder));
+        q[i] = uint32_t(current / d);
+        remainder = current % d;
     }
     const U128 result{(uint64_t(q[0]) << 32) | q[1], (uint64_t(q[2]) << 32) | q[3]};
     return roundToBinary64(negative, result, -90, remainder != 0);

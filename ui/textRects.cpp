@@ -1,4 +1,5 @@
 // Background and opaque rectangles of the text orders.
+#include "dirtybuf.h"
 #include "textRects.h"
 
 #include "fills.h"
@@ -55,7 +56,7 @@ bool ui::fillText(const imgbuf &image, const UiRect &rect, const int32_t colour[
 
 void ui::markTextArea(UiSurface &surface, const TextArea &area) {
     const UiRect *r = area.hasOpaque ? &area.opaque : area.hasBackground ? &area.background : nullptr;
-    if (r != nullptr) surface.dirty.markRect(r->left, r->top, wrapAdd(r->left, r->width), wrapAdd(r->top, r->height));
+    if (r != nullptr) markDrawn(surface.dirty, *r);
 }
 
 void ui::glyphOrigin(const UiSurface &surface, const Edges &bk, int32_t &x, int32_t &y) {

@@ -6,6 +6,7 @@
 // while copying, decodeBitmap keeps the stored order.
 #include <cstring>
 
+#include "../dirtybuf.h"
 #include "../entry.h"
 #include "../surface.h"
 #include "../ui.h"
@@ -104,7 +105,7 @@ void ui::bitmapUpdate(UiSurface *surface, const UiBitmapData *bitmap) {
     Placement place{UiRect{left, top, int32_t(cw), int32_t(ch)}, 0, 0};
     if (!clipToRect(place.rect, imageClip(surface->image), place.dx, place.dy)) return;
     const UiRect &r = place.rect;
-    surface->dirty.markRect(r.left, r.top, r.left + r.width, r.top + r.height);
+    markDrawn(surface->dirty, r);
 
     if ((b.flags & 1) != 0)
         drawCompressed(*surface, b, place);

@@ -9,7 +9,7 @@
 #include "../dirtybuf.h"
 #include "../entry.h"
 #include "../ui.h"
-#include "sourcePixel.h"
+#include "../sourcePixel.h"
 
 namespace {
 
@@ -47,8 +47,8 @@ struct UiHextileTile {
     uint32_t background;
     uint32_t foreground;
     UiReadFn read;
-    ui::rfb::PixelFn pixel;  // the sourceByteOrder converters, chosen once
-    ui::rfb::RowFn row;      // per rectangle
+    ui::PixelFn pixel;  // the sourceByteOrder converters, chosen once
+    ui::RowFn row;      // per rectangle
 };
 
 // Exactly n bytes from the client, or false.  A missing callback delivers
@@ -160,8 +160,8 @@ int32_t ui::hextileRect(imgbuf *image, dirtybuf *dirty, const UiRect *rect, UiRe
                        .background = 0,
                        .foreground = 0,
                        .read = read,
-                       .pixel = rfb::pixelFor(settings.sourceByteOrder),
-                       .row = rfb::rowFor<kPixelBytes>(settings.sourceByteOrder)};
+                       .pixel = ui::pixelFor(settings.sourceByteOrder),
+                       .row = ui::rowFor<kPixelBytes>(settings.sourceByteOrder)};
     // Tiles row by row from the top-left; the last column and row take what
     // is left.  Steps never pass the rectangle's edge, so nothing wraps.
     for (int32_t ty = 0; ty < r.height && r.width > 0; ty += tile.height) {

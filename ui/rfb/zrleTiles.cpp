@@ -7,7 +7,7 @@
 #include <cstdint>
 
 #include "../entry.h"
-#include "sourcePixel.h"
+#include "../sourcePixel.h"
 #include "tileStream.h"
 
 namespace {
@@ -27,7 +27,7 @@ void paintSolid(uint32_t *origin, uint32_t stride, int32_t width, int32_t height
 // Converts width x height packed three-byte pixels, row by row, with the
 // byte order chosen once for the tile.
 void paintRaw(uint32_t *origin, uint32_t stride, int32_t width, int32_t height, const uint8_t *src) {
-    const RowFn convert = rowFor<3>(ui::settings.sourceByteOrder);
+    const ui::RowFn convert = ui::rowFor<3>(ui::settings.sourceByteOrder);
     const size_t rowBytes = 3 * size_t(width);
     for (int32_t r = 0; r < height; ++r, src += rowBytes) convert(ui::rowAt(origin, stride, r), src, width);
 }

@@ -1,12 +1,12 @@
-// Pixels whose byte order follows the sourceByteOrder setting: the raw ZRLE
-// tile's three-byte pixels and every Hextile pixel (of whose four bytes the
-// fourth is ignored).  Callers read the setting once per call and take the
-// converter for it.
+// Source pixels whose byte order follows the sourceByteOrder setting: the
+// four-byte pixels of putPixels, importImage32 and Hextile (the fourth byte is
+// ignored) and the raw ZRLE tile's three-byte pixels.  Callers read the
+// setting once per call and take the converter for it.
 #pragma once
 
 #include <cstdint>
 
-namespace ui::rfb {
+namespace ui {
 
 // Non-zero sourceByteOrder: b0 to bits 0-7, b2 to bits 16-23.
 inline uint32_t lowFirstPixel(const uint8_t *b) {
@@ -34,4 +34,4 @@ RowFn rowFor(uint8_t sourceByteOrder) {
     return sourceByteOrder != 0 ? convertRow<lowFirstPixel, Step> : convertRow<highFirstPixel, Step>;
 }
 
-}  // namespace ui::rfb
+}  // namespace ui
