@@ -87,6 +87,21 @@
  * - A hatched brush with a null hatch table is refused like a hatch above 5
  *   ("ui" 1522).  Glyph edges and brush phases are summed in 64 bits.
  *
+ * Lines and direct primitives (slots 4, 11-14, 16, 17, 23):
+ * - LineTo clipping is exact binary64 arithmetic done with integers only (a
+ *   correctly rounded division, subtraction and fused multiply-add), so every
+ *   target draws the same pixels whatever its floating-point unit; the
+ *   library contains no floating-point instructions and imports no libm.
+ * - The line's dx and dy are the 32-bit wrapped differences of the order's
+ *   words; run lengths and bounding boxes are computed in 64 bits, and a run
+ *   of 2^31 pixels or more is refused by the image check.
+ * - copyRect and putPixels with a null dirtybuf draw and mark nothing, like
+ *   the other primitives.
+ * - importImage32 uses at most 32 columns; a width below 1 or a row length
+ *   shorter than the width imports nothing, without a report.
+ * - fillBufferRect sums its far edges in 64 bits, so an overflowing
+ *   left + width is reported at 2947 (top + height at 2949).
+ *
  * RFB tiles (slots 18-22, 24):
  * - A palette index at or beyond the palette size paints black (0x000000);
  *   the palettes are cleared before reading, so nothing outside them or
