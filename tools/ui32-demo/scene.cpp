@@ -1,0 +1,882 @@
+// The demo desktop.  It is drawn the way a remote-desktop client would draw
+// what a server sends: the wallpaper arrives as compressed bitmap updates,
+// windows as orders (rectangles, brushes, lines, text), a remote machine's
+// screen as RFB tiles, and the client adds its own task bar, console and
+// pointer with the direct primitives.  Four frames; the tile map is cleared
+// after each, as a client does once it has presented the changed tiles.
+#include "scene.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <string_view>
+
+#include "codecs.h"
+#include "font.h"
+#include "pictures.h"
+#include "text.h"
+
+namespace demo {
+namespace {
+
+constexpr uint32_t kFace = rgb(212, 208, 200);
+constexpr uint32_t kShadow = rgb(128, 128, 128);
+constexpr uint32_t kDark = rgb(64, 64, 64);
+constexpr uint32_t kWhite = 0xFFFFFF;
+constexpr uint32_t kBlack = 0;
+constexpr int kTaskbarTop = 736;
+
+// Raster operations by their table index (copy is 12).
+enum Rop2 { kRopBlack = 0, kRopNotCopy = 3, kRopInvert = 5, kRopXor = 6, kRopMask = 8, kRopCopy = 12, kRopMerge = 14 };
+
+struct Window {
+    int x, y, w, h;
+    const char *title;
+    bool active;
+    int clientX() const { return x + 4; }
+    int clientY() const { return y + 26; }
+    int clientW() const { return w - 8; }
+    int clientH() const { return h - 30; }
+    UiClipRect clip() const { return {x, y, x + w - 1, y + h - 1}; }
+    UiClipRect clientClip() const { return {clientX(), clientY(), clientX() + clientW() - 1, clientY() + clientH() - 1}; }
+};
+
+const Window kTerminal{92, 14, 488, 262, "Terminal", false};
+const Window kRemote{728, 14, 280, 356, "desk-02 (remote)", false};
+const Window kPaint{92, 290, 360, 332, "Paint", false};
+const Window kPhotos{470, 296, 284, 266, "Photos", false};
+const Window kNotes{560, 408, 420, 310, "Notes", true};
+const Window *const kWindows[] = {&kTerminal, &kRemote, &kPaint, &kPhotos, &kNotes};
+
+UiClipRect clipOf(int x, int y, int w, int h) { return {x, y, x + w - 1, y + h - 1}; }
+
+// The Hextile read callback has no context argument: the bytes of the
+// rectangle being decoded wait here.
+struct HextileSource {
+    const uint8_t *ptr = nullptr;
+    size_t left = 0;
+    long reads = 0;
+} hextileSource;
+
+int readHextile(uint8_t *buffer, int32_t length) {
+    if (length < 0 || size_t(length) > hextileSource.left) return 0;
+    std::memcpy(buffer, hextileSource.ptr, size_t(length));
+    hextileSource.ptr += length;
+    hextileSource.left -= size_t(length);
+    ++hextileSource.reads;
+    return 1;
+}
+
+// A record whose image holds more rows than UiImage32Record declares.
+struct PointerRecord {
+    UiImage32Record record;
+    uint32_t moreRows[31 * 32];
+};
+
+class Scene {
+public:
+    Scene(Plugin &plugin, Screen &screen)
+        : p_(plugin), s_(screen), small_(makeSmallFont()), large_(makeLargeFont()), fixed_(makeFixedFont()),
+          icons_(kIconCount * 3, 128), symbols_(kSymbolCount, 8) {
+        for (int i = 0; i < kIconCount; ++i) {
+            const std::vector<IconLayer> layers = iconLayers(Icon(i));
+            for (size_t l = 0; l < layers.size(); ++l) {
+                icons_.store(i * 3 + int(l), layers[l].mask, 0, 0);
+                iconColours_[i][l] = layers[l].colour;
+            }
+        }
+        for (int i = 0; i < kSymbolCount; ++i) symbols_.store(i, symbol(Symbol(i)), 0, 0);
+    }
+
+    SceneReport run() {
+        frameWallpaper();
+        endFrame("wallpaper");
+        frameDesktop();
+        endFrame("desktop");
+        frameWindows();
+        endFrame("windows");
+        frameActivity();
+        report_.lastFrameTiles = s_.tiles;
+        endFrame("activity");
+        return report_;
+    }
+
+private:
+    // ---------------------------------------------------------------------
+    // Bookkeeping
+    // ---------------------------------------------------------------------
+
+    long totalCalls() const {
+        long n = 0;
+        for (int i = 0; i < UI_SLOT_COUNT; ++i) n += p_.stats(i).calls;
+        return n;
+    }
+
+    void endFrame(const char *name) {
+        char line[160];
+        const long calls = totalCalls();
+        std::snprintf(line, sizeof line, "frame %zu %-10s %5ld calls, %3d of %zu tiles dirty", report_.frames.size() + 1,
+                      name, calls - callsAtFrameStart_, s_.dirtyTiles(), s_.tiles.size());
+        report_.frames.push_back(line);
+        callsAtFrameStart_ = calls;
+        s_.clearDirty();
+    }
+
+    void check(const std::string &what, long mismatches, long total) {
+        char line[200];
+        if (mismatches == 0) std::snprintf(line, sizeof line, "check %-40s ok (%ld pixels)", what.c_str(), total);
+        else std::snprintf(line, sizeof line, "check %-40s FAILED: %ld of %ld pixels differ", what.c_str(), mismatches, total);
+        report_.checks.push_back(line);
+        if (mismatches != 0) ++report_.failedChecks;
+    }
+
+    void checkFailed(const std::string &what, const std::string &why) {
+        report_.checks.push_back("check " + what + " FAILED: " + why);
+        ++report_.failedChecks;
+    }
+
+    // Compares a screen area with the picture that was sent for it.
+    void checkScreen(const std::string &what, const Picture &picture, int x0, int y0) {
+        long bad = 0;
+        for (int y = 0; y < picture.height; ++y)
+            for (int x = 0; x < picture.width; ++x) bad += s_.at(x0 + x, y0 + y) != (picture.at(x, y) & 0xFFFFFF);
+        check(what, bad, long(picture.width) * picture.height);
+    }
+
+    // Compares a decoded bitmap (rows bottom-up) with its picture.
+    void checkDecoded(const std::string &what, const Picture &picture, const std::vector<uint32_t> &decoded) {
+        const std::vector<uint32_t> expected = bottomUp(picture);
+        long bad = 0;
+        for (size_t i = 0; i < expected.size(); ++i) bad += (decoded[i] & 0xFFFFFF) != expected[i];
+        check(what, bad, long(expected.size()));
+    }
+
+    // ---------------------------------------------------------------------
+    // Order helpers
+    // ---------------------------------------------------------------------
+
+    void solid(int x, int y, int w, int h, uint32_t c, const UiClipRect &clip) {
+        const auto rgbc = components(c);
+        p_.opaqueRect(s_, UiOpaqueRectOrder{x, y, w, h, rgbc[0], rgbc[1], rgbc[2]}, clip);
+    }
+
+    void line(int x0, int y0, int x1, int y1, uint32_t c, int rop, const UiClipRect &clip) {
+        const auto rgbc = components(c);
+        p_.drawLine(s_, UiLineOrder{x0, y0, x1, y1, rop, {rgbc[0], rgbc[1], rgbc[2]}}, clip);
+    }
+
+    // Raised (or, with the colours swapped, sunken) edges drawn with LineTo.
+    void bevel(int x, int y, int w, int h, uint32_t light, uint32_t dark, const UiClipRect &clip) {
+        line(x, y, x + w - 1, y, light, kRopCopy, clip);
+        line(x, y, x, y + h - 1, light, kRopCopy, clip);
+        line(x, y + h - 1, x + w, y + h - 1, dark, kRopCopy, clip);
+        line(x + w - 1, y, x + w - 1, y + h - 1, dark, kRopCopy, clip);
+    }
+
+    // The same edges drawn by the client itself with hLine / vLine.
+    void clientBevel(int x, int y, int w, int h, uint32_t light, uint32_t dark) {
+        p_.hLine(s_.image(), s_.dirty(), x, y, w, light);
+        p_.vLine(s_.image(), s_.dirty(), x, y, h, light);
+        p_.hLine(s_.image(), s_.dirty(), x, y + h - 1, w, dark);
+        p_.vLine(s_.image(), s_.dirty(), x + w - 1, y, h, dark);
+    }
+
+    UiPatBltOrder brush(int x, int y, int w, int h, int rop, uint32_t ones, uint32_t zeros, int style) {
+        UiPatBltOrder o{};
+        o.left = x, o.top = y, o.width = w, o.height = h, o.rop = rop;
+        const auto b = components(ones), f = components(zeros);
+        std::memcpy(o.backColor, b.data(), sizeof o.backColor);
+        std::memcpy(o.foreColor, f.data(), sizeof o.foreColor);
+        o.brushStyle = style;
+        return o;
+    }
+
+    // Text in delta mode; returns the width drawn.
+    int text(const Font &font, int x, int baseline, std::string_view s, uint32_t colour, const UiClipRect &clip) {
+        GlyphString g(font, book_);
+        g.text(s);
+        p_.glyphIndex(s_, textOrder(font, g.bytes(), x, baseline, g.width(), colour), clip);
+        return g.width();
+    }
+
+    void drawGlyphString(const Font &font, const GlyphString &g, int x, int baseline, uint32_t colour,
+                         const UiClipRect &clip) {
+        p_.glyphIndex(s_, textOrder(font, g.bytes(), x, baseline, g.width(), colour), clip);
+    }
+
+    // ---------------------------------------------------------------------
+    // Frame 1: cache loads and the wallpaper as bitmap updates
+    // ---------------------------------------------------------------------
+
+    void sendBitmap(int x, int y, const Picture &tile, const std::vector<uint8_t> &data, bool compressed, int bpp) {
+        UiBitmapData b{};
+        b.destLeft = x;
+        b.destTop = y;
+        b.destRight = x + tile.width - 1;
+        b.destBottom = y + tile.height - 1;
+        b.width = tile.width;
+        b.height = tile.height;
+        b.bitsPerPixel = bpp;
+        b.flags = compressed ? 1 : 0;
+        b.bitmapLength = int32_t(data.size());
+        b.bitmapDataStream = data.data();
+        p_.bitmapUpdate(s_, b);
+    }
+
+    void frameWallpaper() {
+        wallpaper_ = wallpaper(s_.width, s_.height);
+        InterleavedStats stats;
+        long interleavedBytes = 0, planarBytes = 0, rawPixels = 0;
+        int interleavedTiles = 0, planarTiles = 0, rawTiles = 0;
+
+        // Bitmaps the later orders take from the client's bitmap cache,
+        // while the source depth is still 3 bytes.
+        photoPicture_ = lakePhoto(256, 160);
+        photo_.assign(photoPicture_.pixels.size(), 0);
+        const std::vector<uint8_t> photoData = encodeInterleaved(photoPicture_, &stats);
+        if (p_.decodeBitmap(256, 160, photoData, true, photo_.data()))
+            checkDecoded("decodeBitmap interleaved photo", photoPicture_, photo_);
+        else checkFailed("decodeBitmap interleaved photo", "decoder returned 0");
+        toolbarPicture_ = toolbarIcons();
+        toolbar_.assign(toolbarPicture_.pixels.size(), 0);
+        if (p_.decodeBitmap(96, 16, rawBitmap(toolbarPicture_, 3), false, toolbar_.data()))
+            checkDecoded("decodeBitmap raw 24-bit toolbar", toolbarPicture_, toolbar_);
+        else checkFailed("decodeBitmap raw 24-bit toolbar", "decoder returned 0");
+
+        // Bottom half (water and meadow): interleaved run-length tiles, one sent
+        // uncompressed.
+        for (int ty = 6; ty < 12; ++ty)
+            for (int tx = 0; tx < 16; ++tx) {
+                const Picture tile = wallpaper_.crop(tx * 64, ty * 64, 64, 64);
+                if (tx == 3 && ty == 10) {
+                    sendBitmap(tx * 64, ty * 64, tile, rawBitmap(tile, 3), false, 24);
+                    ++rawTiles;
+                    rawPixels += 64 * 64;
+                    continue;
+                }
+                const std::vector<uint8_t> data = encodeInterleaved(tile, &stats);
+                interleavedBytes += long(data.size());
+                ++interleavedTiles;
+                sendBitmap(tx * 64, ty * 64, tile, data, true, 24);
+            }
+
+        // From here on bitmaps are 32-bit: planar tiles for the sky.
+        p_.setSourceBytesPerPixel4();
+        thumbsPicture_ = thumbnailStrip();
+        thumbs_.assign(thumbsPicture_.pixels.size(), 0);
+        if (p_.decodeBitmap(256, 48, encodePlanar(thumbsPicture_, true, true), true, thumbs_.data()))
+            checkDecoded("decodeBitmap planar thumbnails", thumbsPicture_, thumbs_);
+        else checkFailed("decodeBitmap planar thumbnails", "decoder returned 0");
+        for (int ty = 0; ty < 6; ++ty)
+            for (int tx = 0; tx < 16; ++tx) {
+                const Picture tile = wallpaper_.crop(tx * 64, ty * 64, 64, 64);
+                if (tx == 12 && ty == 1) {
+                    sendBitmap(tx * 64, ty * 64, tile, rawBitmap(tile, 4), false, 32);
+                    ++rawTiles;
+                    rawPixels += 64 * 64;
+                    continue;
+                }
+                const int kind = (tx + ty) % 8;  // mostly run-length planes, some raw, some with alpha
+                const bool rle = kind >= 2;
+                const bool alpha = kind == 1 || kind == 2 || kind == 3;
+                const std::vector<uint8_t> data = encodePlanar(tile, rle, alpha);
+                planarBytes += long(data.size());
+                ++planarTiles;
+                sendBitmap(tx * 64, ty * 64, tile, data, true, 32);
+            }
+        checkScreen("wallpaper from bitmap updates", wallpaper_, 0, 0);
+
+        char note[400];
+        std::snprintf(note, sizeof note,
+                      "wallpaper: %d interleaved tiles (%ld bytes), %d planar tiles (%ld bytes), %d raw tiles "
+                      "(%ld bytes uncompressed)",
+                      interleavedTiles, interleavedBytes, planarTiles, planarBytes, rawTiles, rawPixels * 7 / 2);
+        report_.notes.push_back(note);
+        std::snprintf(note, sizeof note,
+                      "interleaved orders: %ld colour runs, %ld background runs, %ld foreground runs (%ld setting it), "
+                      "%ld dithered, %ld fg/bg images, %ld special, %ld white/black, %ld colour images, %ld mega-mega",
+                      stats.colourRuns, stats.backgroundRuns, stats.foregroundRuns + stats.setForegroundRuns,
+                      stats.setForegroundRuns, stats.ditheredRuns, stats.fgbgImages, stats.specials, stats.whiteBlack,
+                      stats.colourImages, stats.megaMega);
+        report_.notes.push_back(note);
+    }
+
+    // ---------------------------------------------------------------------
+    // Frame 2: desktop icons and the client's task bar
+    // ---------------------------------------------------------------------
+
+    void frameDesktop() {
+        static const char *const labels[kIconCount] = {"Computer", "Documents", "Network", "Trash"};
+        const UiClipRect screen = s_.everything();
+        for (int i = 0; i < kIconCount; ++i) {
+            const int x = 26, y = 22 + 88 * i;
+            for (int l = 0; l < 3; ++l) p_.fastGlyph(s_, glyphOrder(icons_, i * 3 + l, x, y, iconColours_[i][l]), screen);
+            const int baseline = y + 46;
+            const int width = small_.width(labels[i]);
+            const int left = 42 - width / 2;
+            if (i == 0) {  // the selected icon: white on blue, opaque rectangle given explicitly
+                GlyphString g(small_, book_);
+                g.text(labels[i]);
+                UiGlyphIndexOrder o = textOrder(small_, g.bytes(), left, baseline, g.width(), kWhite);
+                const auto blue = components(rgb(10, 36, 106));
+                std::memcpy(o.opaqueColor, blue.data(), sizeof o.opaqueColor);
+                o.opLeft = left - 2, o.opTop = baseline - small_.ascent - 2;
+                o.opRight = left + g.width() + 1, o.opBottom = baseline + small_.descent + 2;
+                p_.glyphIndex(s_, o, screen);
+                continue;
+            }
+            // A shadow, stored as a fragment, then the label again from it.
+            GlyphString shadow(small_, book_);
+            shadow.text(labels[i]).store(10 + i);
+            drawGlyphString(small_, shadow, left + 1, baseline + 1, kBlack, screen);
+            GlyphString label(small_, book_);
+            label.replay(10 + i);
+            drawGlyphString(small_, label, left, baseline, kWhite, screen);
+        }
+        taskbar();
+    }
+
+    void taskbar() {
+        const UiClipRect screen = s_.everything();
+        p_.fillBufferRect(s_.image(), s_.dirty(), UiRect{0, kTaskbarTop, s_.width, s_.height - kTaskbarTop}, kFace);
+        p_.hLine(s_.image(), s_.dirty(), 0, kTaskbarTop + 1, s_.width, kWhite);
+        clientBevel(2, kTaskbarTop + 4, 60, 26, kWhite, kDark);
+        text(large_, 8, kTaskbarTop + 22, "Start", kBlack, screen);
+        p_.vLine(s_.image(), s_.dirty(), 66, kTaskbarTop + 4, 26, kShadow);
+        for (int i = 0; i < 5; ++i) {
+            const Window &w = *kWindows[i];
+            const int x = 72 + 146 * i, y = kTaskbarTop + 4;
+            const UiClipRect clip = clipOf(x + 2, y + 2, 138, 22);
+            if (w.active) {  // pressed: dithered face, sunken edges
+                UiPatBltOrder o = brush(x, y, 142, 26, kRopCopy, kWhite, kFace, 3);
+                const uint8_t dither[8] = {0xAA, 0x55, 0xAA, 0x55, 0xAA, 0x55, 0xAA, 0x55};
+                std::memcpy(o.brushBytes, dither, 8);
+                p_.patBlt(s_, o, screen);
+                clientBevel(x, y, 142, 26, kDark, kWhite);
+            } else {
+                clientBevel(x, y, 142, 26, kWhite, kDark);
+            }
+            text(small_, x + 8, y + 16, w.title, kBlack, clip);
+        }
+        clientBevel(930, kTaskbarTop + 4, 90, 26, kShadow, kWhite);
+        clock("08:41");
+    }
+
+    // The clock: FastIndex form (opaque rectangle flags select the whole
+    // background rectangle) with a fixed advance.
+    void clock(const char *time) {
+        UiGlyphIndexOrder o{};
+        const auto ink = components(kBlack), face = components(kFace);
+        std::memcpy(o.textColor, ink.data(), sizeof o.textColor);
+        std::memcpy(o.opaqueColor, face.data(), sizeof o.opaqueColor);
+        o.ulCharInc = 7;
+        o.bkLeft = 950, o.bkTop = kTaskbarTop + 8, o.bkRight = 1010, o.bkBottom = kTaskbarTop + 24;
+        o.opTop = 0x0F;  // top, right, bottom and left from the background rectangle
+        o.opBottom = -32768;
+        o.x = 958;
+        o.y = kTaskbarTop + 20;
+        o.cbData = int32_t(std::strlen(time));
+        std::memcpy(o.rgbData, time, size_t(o.cbData));
+        o.glyphCache = small_.cache.descriptor();
+        o.opRectExplicit = 0;
+        p_.glyphIndex(s_, o, s_.everything());
+    }
+
+    // ---------------------------------------------------------------------
+    // Frame 3: the windows, back to front
+    // ---------------------------------------------------------------------
+
+    void windowFrame(const Window &w) {
+        const UiClipRect clip = w.clip();
+        solid(w.x, w.y, w.w, w.h, kFace, clip);
+        bevel(w.x, w.y, w.w, w.h, kWhite, kDark, clip);
+        bevel(w.x + 1, w.y + 1, w.w - 2, w.h - 2, kFace, kShadow, clip);
+        const int tx = w.x + 4, ty = w.y + 4, tw = w.w - 8, th = 20;
+        if (w.active) {
+            for (int band = 0; band < 32; ++band) {
+                const int x0 = tx + tw * band / 32, x1 = tx + tw * (band + 1) / 32;
+                solid(x0, ty, x1 - x0, th, mix(rgb(0, 0, 128), rgb(16, 132, 208), band / 31.0), clip);
+            }
+        } else {
+            UiPatBltOrder o = brush(tx, ty, tw, th, kRopCopy, rgb(120, 120, 120), rgb(160, 160, 160), 3);
+            const uint8_t dither[8] = {0xAA, 0x55, 0xAA, 0x55, 0xAA, 0x55, 0xAA, 0x55};
+            std::memcpy(o.brushBytes, dither, 8);
+            p_.patBlt(s_, o, clip);
+        }
+        const UiClipRect titleClip = clipOf(tx, ty, tw - 60, th);
+        text(large_, tx + 6, ty + 16, w.title, w.active ? kWhite : kFace, titleClip);
+        for (int i = 0; i < 3; ++i) {
+            const int bx = tx + tw - 18 * (3 - i) - 2, by = ty + 3;
+            solid(bx, by, 16, 14, kFace, clip);
+            bevel(bx, by, 16, 14, kWhite, kDark, clip);
+            const Symbol sym = i == 0 ? kMinimise : i == 1 ? kMaximise : kClose;
+            p_.fastGlyph(s_, glyphOrder(symbols_, sym, bx + 4, by + 3, kBlack), clip);
+        }
+    }
+
+    void menuBar(const Window &w) {
+        const UiClipRect clip = clipOf(w.clientX(), w.clientY(), w.clientW(), 14);
+        const int baseline = w.clientY() + 10;
+        if (!book_.slots[1].used) {  // the first menu stores the glyph run; later ones replay it
+            GlyphString g(small_, book_);
+            g.text("File").gap(10).text("Edit").gap(10).text("View").gap(10).text("Help").store(1);
+            drawGlyphString(small_, g, w.clientX() + 6, baseline, kBlack, clip);
+        } else {
+            GlyphString g(small_, book_);
+            g.replay(1);
+            drawGlyphString(small_, g, w.clientX() + 6, baseline, kBlack, clip);
+        }
+    }
+
+    void frameWindows() {
+        terminalWindow();
+        remoteWindow();
+        paintWindow();
+        photosWindow();
+        notesWindow();
+    }
+
+    // Terminal: the client's own console, 8 x 16 cells.
+    static constexpr int kConsoleColumns = 60, kConsoleRows = 14;
+    int consoleRow_ = 0;
+
+    int consoleX() const { return kTerminal.clientX(); }
+    int consoleY() const { return kTerminal.clientY() + 4; }
+
+    void consoleLine(std::string_view s) {
+        if (consoleRow_ == kConsoleRows) {  // scroll up one row
+            p_.copyRect(s_, UiRect{consoleX(), consoleY(), kConsoleColumns * 8, (kConsoleRows - 1) * 16}, consoleX(),
+                        consoleY() + 16);
+            p_.fillBufferRect(s_.image(), s_.dirty(),
+                              UiRect{consoleX(), consoleY() + (kConsoleRows - 1) * 16, kConsoleColumns * 8, 16}, kBlack);
+            --consoleRow_;
+        }
+        const bool prompt = s.substr(0, 5) == "user@";
+        const size_t promptEnd = prompt ? s.find('$') + 1 : 0;
+        for (size_t i = 0; i < s.size() && i < size_t(kConsoleColumns); ++i) {
+            if (s[i] == ' ') continue;
+            const uint32_t colour = i < promptEnd ? rgb(96, 224, 112) : prompt ? kWhite : rgb(190, 190, 190);
+            const Cell8x16 cell = consoleCell(s[i]);
+            p_.drawChar8x16(s_.image(), s_.dirty(), consoleX() + int(i) * 8, consoleY() + consoleRow_ * 16, cell.data(),
+                            colour);
+        }
+        ++consoleRow_;
+    }
+
+    void terminalWindow() {
+        windowFrame(kTerminal);
+        p_.fillBufferRect(s_.image(), nullptr,
+                          UiRect{kTerminal.clientX(), kTerminal.clientY(), kTerminal.clientW(), kTerminal.clientH()},
+                          kBlack);
+        static const char *const session[] = {
+            "user@thin-07:~$ uname -m",
+            "armv7l",
+            "user@thin-07:~$ ls /usr/lib/ui32",
+            "ui32.so",
+            "user@thin-07:~$ pkg-config --variable=plugindir ui32",
+            "/usr/lib/ui32",
+            "user@thin-07:~$ remote-session --size 1024x768 desk-02",
+            "connecting to desk-02 ...",
+            "session: 32 bpp, interleaved and planar bitmaps",
+            "glyph caches: 5, fragment store 64 KiB",
+            "frame 1: wallpaper, 192 bitmap updates",
+            "frame 2: desktop icons and task bar",
+            "frame 3: five windows",
+            "rfb view: 12 zrle tiles, 1 hextile rectangle",
+            "user@thin-07:~$ tail -f /var/log/session.log",
+            "08:41:02 tiles presented: 768",
+        };
+        for (const char *s : session) consoleLine(s);
+    }
+
+    // Remote view: a second machine's screen as ZRLE tiles and Hextile.
+    void remoteWindow() {
+        windowFrame(kRemote);
+        p_.dstBlt(s_, UiDstBltOrder{kRemote.clientX(), kRemote.clientY(), kRemote.clientW(), kRemote.clientH(), 0x00},
+                  kRemote.clientClip());
+        p_.setSourceByteOrder(1);
+        const Picture desktop = remoteDesktop();
+        const int zx = kRemote.clientX() + 8, zy = kRemote.clientY() + 4;
+        const std::vector<uint8_t> zrle = encodeZrleRect(desktop);
+        UiTileStream tile{};
+        tile.image = s_.image();
+        tile.dirty = s_.dirty();
+        tile.ptr = zrle.data();
+        tile.left = int32_t(zrle.size());
+        int painted = 0, tiles = 0;
+        int kinds[5] = {};
+        for (int ty = 0; ty < desktop.height; ty += 64)
+            for (int tx = 0; tx < desktop.width; tx += 64) {
+                if (tile.left < 1) break;
+                const int sub = *tile.ptr;  // the client reads the sub-encoding itself
+                ++tile.ptr;
+                --tile.left;
+                tile.x = zx + tx;
+                tile.y = zy + ty;
+                tile.width = std::min(64, desktop.width - tx);
+                tile.height = std::min(64, desktop.height - ty);
+                ++tiles;
+                kinds[sub == 0 ? 0 : sub == 1 ? 1 : sub <= 16 ? 2 : sub == 128 ? 3 : 4]++;
+                if (p_.zrleTile(sub, tile) == 1) ++painted;
+            }
+        if (painted == tiles && tile.left == 0) checkScreen("ZRLE tiles of the remote desktop", desktop, zx, zy);
+        else checkFailed("ZRLE tiles of the remote desktop", std::to_string(tiles - painted) + " tiles not painted, " +
+                                                                 std::to_string(tile.left) + " bytes left over");
+        char note[200];
+        std::snprintf(note, sizeof note,
+                      "zrle: %d tiles (%d raw, %d solid, %d packed palette, %d plain run-length, %d palette "
+                      "run-length), %zu bytes",
+                      tiles, kinds[0], kinds[1], kinds[2], kinds[3], kinds[4], zrle.size());
+        report_.notes.push_back(note);
+
+        const Picture document = remoteDocument();
+        const std::vector<uint8_t> hextile = encodeHextile(document);
+        hextileSource = {hextile.data(), hextile.size(), 0};
+        const int hx = zx, hy = zy + desktop.height + 4;
+        if (p_.hextileRect(s_, UiRect{hx, hy, document.width, document.height}, &readHextile) &&
+            hextileSource.left == 0)
+            checkScreen("Hextile rectangle of the remote document", document, hx, hy);
+        else checkFailed("Hextile rectangle of the remote document",
+                         "decoder failed or left " + std::to_string(hextileSource.left) + " bytes unread");
+        std::snprintf(note, sizeof note, "hextile: %dx%d rectangle, %zu bytes in %ld reads", document.width,
+                      document.height, hextile.size(), hextileSource.reads);
+        report_.notes.push_back(note);
+    }
+
+    void memBlt(int x, int y, int w, int h, int rop, int srcX, int srcY, const std::vector<uint32_t> &bitmap,
+                int bitmapW, int bitmapH, const UiClipRect &clip) {
+        UiMemBltOrder o{};
+        o.left = x, o.top = y, o.width = w, o.height = h, o.rop = rop;
+        o.srcLeft = srcX, o.srcTop = srcY;
+        o.bitmapWidth = bitmapW, o.bitmapHeight = bitmapH, o.bitmapPixels = bitmap.data();
+        p_.memBlt(s_, o, clip);
+    }
+
+    // Paint: toolbar from a cached bitmap, brushes of every kind, client
+    // pixel imports and lines through several raster operations.
+    void paintWindow() {
+        const Window &w = kPaint;
+        windowFrame(w);
+        const UiClipRect client = w.clientClip();
+        solid(w.clientX(), w.clientY(), w.clientW(), w.clientH(), kFace, client);
+        menuBar(w);
+        for (int i = 0; i < 6; ++i) memBlt(w.clientX() + 4 + 22 * i, w.clientY() + 17, 16, 16, 0xCC, 16 * i, 0, toolbar_, 96, 16, client);
+        line(w.clientX() + 136, w.clientY() + 16, w.clientX() + 136, w.clientY() + 36, kShadow, kRopCopy, client);
+
+        const int cx = w.clientX() + 4, cy = w.clientY() + 42, cw = w.clientW() - 8, ch = w.clientH() - 46;
+        const UiClipRect canvas = clipOf(cx, cy, cw, ch);
+        p_.dstBlt(s_, UiDstBltOrder{cx, cy, cw, ch, 0xFF}, canvas);
+
+        // Row 1: the six hatches.
+        static const uint32_t hatchInk[6] = {rgb(0, 0, 160), rgb(160, 0, 0), rgb(0, 120, 0), rgb(120, 0, 120),
+                                             rgb(0, 100, 140), rgb(40, 40, 40)};
+        for (int i = 0; i < 6; ++i) {
+            UiPatBltOrder o = brush(cx + 8 + 56 * i, cy + 8, 50, 26, kRopCopy, hatchInk[i], kWhite, 2);
+            o.brushBytes[0] = uint8_t(i);
+            p_.patBlt(s_, o, canvas);
+        }
+        // Row 2: pattern brush, cached monochrome and colour brushes, solid.
+        {
+            UiPatBltOrder o = brush(cx + 8, cy + 40, 76, 30, kRopCopy, rgb(250, 240, 230), rgb(178, 58, 34), 3);
+            const uint8_t bricks[8] = {0xFF, 0x80, 0x80, 0x80, 0xFF, 0x08, 0x08, 0x08};
+            std::memcpy(o.brushBytes, bricks, 8);
+            o.brushOrgX = 3;
+            p_.patBlt(s_, o, canvas);
+        }
+        static const uint8_t weave[8] = {0xF0, 0x78, 0x3C, 0x1E, 0x0F, 0x87, 0xC3, 0xE1};
+        {
+            UiPatBltOrder o = brush(cx + 92, cy + 40, 76, 30, kRopCopy, rgb(30, 60, 150), rgb(200, 220, 250), 0x81);
+            o.brushData = weave;
+            p_.patBlt(s_, o, canvas);
+        }
+        tartan_.resize(64);
+        for (int y = 0; y < 8; ++y)
+            for (int x = 0; x < 8; ++x) {
+                uint32_t c = rgb(20, 90, 40);
+                if (x == 2 || x == 3) c = rgb(170, 20, 30);
+                if (y == 2 || y == 3) c = (x == 2 || x == 3) ? rgb(90, 10, 20) : rgb(170, 20, 30);
+                if (x == 6 || y == 6) c = rgb(240, 210, 60);
+                tartan_[size_t(y * 8 + x)] = c;
+            }
+        {
+            UiPatBltOrder o = brush(cx + 176, cy + 40, 76, 30, kRopCopy, 0, 0, 0x85);
+            o.brushData = reinterpret_cast<const uint8_t *>(tartan_.data());
+            p_.patBlt(s_, o, canvas);
+        }
+        p_.patBlt(s_, brush(cx + 260, cy + 40, 76, 30, kRopCopy, 0, rgb(60, 170, 90), 0), canvas);
+        // An inverting rectangle across the last two swatches (xor with white).
+        p_.patBlt(s_, brush(cx + 220, cy + 48, 100, 16, kRopXor, 0, kWhite, 0), canvas);
+
+        // The client's own pixels: a colour picker (bytes red, green, blue)
+        // and a palette (bytes blue, green, red).
+        const Picture picker = colourPicker(128, 64);
+        std::vector<uint8_t> bytes;
+        for (uint32_t px : picker.pixels) bytes.insert(bytes.end(), {uint8_t(px >> 16), uint8_t(px >> 8), uint8_t(px), 0});
+        p_.setSourceByteOrder(0);
+        const int px = cx + 8, py = cy + 80;
+        p_.putPixels(s_, UiRect{px, py, 128, 64}, bytes.data());
+        checkScreen("putPixels colour picker (byte order 0)", picker, px, py);
+        const Picture swatches = paletteSwatches(128, 32);
+        bytes.clear();
+        for (uint32_t c : swatches.pixels) bytes.insert(bytes.end(), {uint8_t(c), uint8_t(c >> 8), uint8_t(c >> 16), 0});
+        p_.setSourceByteOrder(1);
+        p_.putPixels(s_, UiRect{px, py + 70, 128, 32}, bytes.data());
+        checkScreen("putPixels palette (byte order 1)", swatches, px, py + 70);
+        // Sixteen lines down the picker, one per raster operation, and three
+        // across it: invert, mask (and) and merge (or).
+        for (int rop = 0; rop < 16; ++rop)
+            line(px + 4 + 8 * rop, py, px + 4 + 8 * rop, py + 64, rgb(0, 160, 255), rop, canvas);
+        line(px, py + 12, px + 128, py + 12, 0, kRopInvert, canvas);
+        line(px, py + 30, px + 128, py + 30, rgb(255, 255, 0), kRopMask, canvas);
+        line(px, py + 48, px + 128, py + 48, rgb(0, 0, 255), kRopMerge, canvas);
+
+        // A vertical caption: glyphs advance downward.
+        {
+            GlyphString g(fixed_, book_);
+            const char *caption = "COLOURS";
+            for (const char *c = caption; *c; ++c) g.text(std::string_view(c, 1)).gap(10 - fixed_.advance[uint8_t(*c)]);
+            UiGlyphIndexOrder o = textOrder(fixed_, g.bytes(), px + 136, py + 8, 8, rgb(80, 80, 80));
+            o.flAccel = 0x04;
+            o.bkTop = py;
+            o.bkBottom = py + 80;
+            p_.glyphIndex(s_, o, canvas);
+        }
+
+        // Line art, clipped to its own area.
+        const int lx = cx + 160, ly = py, lw = cw - 168, lh = ch - 88;
+        const UiClipRect art = clipOf(lx, ly, lw, lh);
+        for (int gx = lx; gx < lx + lw; gx += 16) line(gx, ly, gx, ly + lh, rgb(224, 228, 236), kRopCopy, art);
+        for (int gy = ly; gy < ly + lh; gy += 16) line(lx, gy, lx + lw, gy, rgb(224, 228, 236), kRopCopy, art);
+        const int ox = lx + lw / 2, oy = ly + lh / 2 - 10;
+        for (int i = 0; i < 36; ++i) {
+            const double a = i * 3.14159265358979 / 18;
+            const uint32_t colour = mix(rgb(230, 40, 40), rgb(40, 40, 230), std::fabs(std::sin(a)));
+            line(ox, oy, ox + int(std::lround(150 * std::cos(a))), oy + int(std::lround(150 * std::sin(a))), colour,
+                 kRopCopy, art);
+        }
+        // A sine curve as a polyline.
+        int prevX = lx, prevY = ly + lh - 14;
+        for (int x = lx + 6; x <= lx + lw; x += 6) {
+            const int y = ly + lh - 14 + int(std::lround(9 * std::sin((x - lx) / 14.0)));
+            line(prevX, prevY, x, y, rgb(0, 110, 40), kRopCopy, art);
+            prevX = x, prevY = y;
+        }
+        // A selection rectangle drawn with xor, as a rubber band is.
+        const int sx = ox - 40, sy = oy - 30, sx1 = ox + 40, sy1 = oy + 30;
+        line(sx, sy, sx1, sy, kWhite, kRopXor, art);
+        line(sx1, sy, sx1, sy1, kWhite, kRopXor, art);
+        line(sx1, sy1, sx, sy1, kWhite, kRopXor, art);
+        line(sx, sy1, sx, sy, kWhite, kRopXor, art);
+        line(lx + 4, ly + 4, lx + lw - 4, ly + lh / 3, 0, kRopBlack, art);
+        line(lx + 4, ly + lh / 3, lx + lw - 4, ly + 4, rgb(255, 160, 0), kRopNotCopy, art);
+    }
+
+    // Photos: cached bitmaps through MemBlt with several raster operations.
+    void photosWindow() {
+        const Window &w = kPhotos;
+        windowFrame(w);
+        const UiClipRect client = w.clientClip();
+        solid(w.clientX(), w.clientY(), w.clientW(), 14, kFace, client);
+        menuBar(w);
+        const int ax = w.clientX(), ay = w.clientY() + 16;
+        p_.dstBlt(s_, UiDstBltOrder{ax, ay, w.clientW(), w.clientH() - 16, 0x00}, client);
+        memBlt(ax + 10, ay + 6, 256, 160, 0xCC, 0, 0, photo_, 256, 160, client);
+        text(small_, ax + 10, ay + 178, "lake.bmp   256 x 160   24-bit", rgb(220, 220, 220), client);
+        const int ty = ay + 184;
+        for (int i = 0; i < 4; ++i) {
+            const int tx = ax + 14 + 64 * i;
+            if (i == 3) {  // "disabled": a hatch, then the picture ANDed over it
+                UiPatBltOrder o = brush(tx, ty, 56, 32, kRopCopy, rgb(96, 96, 96), kWhite, 2);
+                o.brushBytes[0] = 5;
+                p_.patBlt(s_, o, client);
+                memBlt(tx, ty, 56, 32, 0x88, 64 * i + 4, 8, thumbs_, 256, 48, client);
+            } else if (i == 2) {  // tinted: ORed over dark blue
+                solid(tx, ty, 56, 32, rgb(0, 0, 96), client);
+                memBlt(tx, ty, 56, 32, 0xEE, 64 * i + 4, 8, thumbs_, 256, 48, client);
+            } else {
+                memBlt(tx, ty, 56, 32, 0xCC, 64 * i + 4, 8, thumbs_, 256, 48, client);
+            }
+        }
+        // The selected thumbnail gets a yellow frame.
+        bevel(ax + 12, ty - 2, 60, 36, rgb(255, 220, 0), rgb(255, 220, 0), client);
+    }
+
+    static constexpr int kNotesLine = 12;
+    int notesLines_ = 0;
+
+    int notesTop() const { return kNotes.clientY() + 16; }
+    int notesBodyTop() const { return notesTop() + 26; }
+    int notesBottom() const { return kNotes.clientY() + kNotes.clientH() - 16; }
+    UiClipRect notesClip() const { return clipOf(kNotes.clientX() + 2, notesTop(), kNotes.clientW() - 4, notesBottom() - notesTop()); }
+
+    void notesLine(GlyphString &g) {
+        const int baseline = notesBodyTop() + 8 + kNotesLine * notesLines_++;
+        drawGlyphString(small_, g, kNotes.clientX() + 10, baseline, rgb(24, 24, 24), notesClip());
+    }
+    void notesLine(std::string_view s) {
+        if (s.empty()) {
+            ++notesLines_;
+            return;
+        }
+        GlyphString g(small_, book_);
+        g.text(s);
+        notesLine(g);
+    }
+
+    // Notes: the active window; text in both sizes with fragments.
+    void notesWindow() {
+        const Window &w = kNotes;
+        windowFrame(w);
+        const UiClipRect client = w.clientClip();
+        solid(w.clientX(), w.clientY(), w.clientW(), w.clientH(), kFace, client);
+        menuBar(w);
+        solid(w.clientX() + 2, notesTop(), w.clientW() - 4, notesBottom() - notesTop(), kWhite, client);
+        bevel(w.clientX() + 1, notesTop() - 1, w.clientW() - 2, notesBottom() - notesTop() + 2, kShadow, kWhite, client);
+        text(large_, w.clientX() + 10, notesTop() + 19, "Release notes", rgb(10, 36, 106), notesClip());
+        {
+            GlyphString g(small_, book_);
+            g.text("ui32 draws remote desktop orders into the ");
+            const size_t mark = g.mark();
+            g.text("frame buffer").store(2, mark);
+            notesLine(g);
+        }
+        notesLine("of a thin client and marks the 32x32 tiles it changed.");
+        notesLine("");
+        notesLine("- bitmap updates: interleaved and planar codecs");
+        {
+            GlyphString g(small_, book_);
+            g.text("- text: glyph strings with deltas and ");
+            const size_t mark = g.mark();
+            g.text("fragments").store(3, mark);
+            notesLine(g);
+        }
+        notesLine("- brushes: solid, hatched, pattern and cached");
+        notesLine("- lines through all sixteen raster operations");
+        notesLine("- RFB: every ZRLE tile kind and Hextile");
+        {
+            GlyphString g(small_, book_);
+            g.text("- copies inside the ").replay(2).text(" overlap-safely");
+            notesLine(g);
+        }
+        {
+            GlyphString g(small_, book_);
+            g.text("- ").replay(3).text(" persist from order to order");  // stored delta places the first glyph
+            notesLine(g);
+        }
+        // A line of code in a fixed-pitch face: glyphs advance by their width.
+        {
+            std::vector<uint8_t> data;
+            const std::string_view code = "srn_get(table, log, &config);";
+            data.assign(code.begin(), code.end());
+            const int baseline = notesBodyTop() + 8 + kNotesLine * notesLines_++;
+            UiGlyphIndexOrder o = textOrder(fixed_, data, w.clientX() + 22, baseline, 6 * int(code.size()), rgb(128, 0, 64));
+            o.flAccel = 0x20;
+            p_.glyphIndex(s_, o, notesClip());
+        }
+        notesLine("Everything arrives as a record of 32-bit words; nothing is");
+        notesLine("kept between calls except the glyph fragments.");
+        notesLine("Select a line to see DstBlt invert it.");
+        // Selection: invert one line.
+        const int selTop = notesBodyTop() + kNotesLine * 3 - 1;
+        const int selWidth = small_.width("- bitmap updates: interleaved and planar codecs") + 3;
+        p_.dstBlt(s_, UiDstBltOrder{w.clientX() + 8, selTop, selWidth, kNotesLine, 0x55}, notesClip());
+        statusBar("Ln 4, Col 1");
+    }
+
+    // Status line: GlyphIndex form, empty opaque rectangle marked redundant,
+    // so the background rectangle is filled.
+    void statusBar(const char *s) {
+        const Window &w = kNotes;
+        GlyphString g(small_, book_);
+        g.text(s);
+        const int baseline = w.clientY() + w.clientH() - 4;
+        UiGlyphIndexOrder o = textOrder(small_, g.bytes(), w.clientX() + 4, baseline, w.clientW() - 8, kBlack);
+        const auto face = components(kFace);
+        std::memcpy(o.opaqueColor, face.data(), sizeof o.opaqueColor);
+        o.fOpRedundant = 1;
+        p_.glyphIndex(s_, o, w.clientClip());
+    }
+
+    // ---------------------------------------------------------------------
+    // Frame 4: activity — the console scrolls, the notes scroll, the clock
+    // ticks, the pointer appears.
+    // ---------------------------------------------------------------------
+
+    void frameActivity() {
+        consoleLine("08:41:57 input: key press forwarded to desk-02");
+        consoleLine("08:42:00 clock tick");
+
+        // Notes: scroll the body up two lines and write two new ones.
+        const int bodyTop = notesBodyTop();
+        const int bodyHeight = notesBottom() - bodyTop - 2;
+        const int shift = 2 * kNotesLine;
+        p_.scrBlt(s_,
+                  UiScrBltOrder{kNotes.clientX() + 2, bodyTop, kNotes.clientW() - 4, bodyHeight - shift, 0xCC,
+                                kNotes.clientX() + 2, bodyTop + shift},
+                  notesClip());
+        solid(kNotes.clientX() + 2, bodyTop + bodyHeight - shift, kNotes.clientW() - 4, shift, kWhite, notesClip());
+        notesLines_ -= 2;
+        notesLine("New: the demo draws through all 25 slots.");
+        notesLine("New: install with the .deb or cmake --install.");
+        statusBar("Ln 16, Col 1");
+        clock("08:42");
+        pointer(kNotes.x + 300, kNotes.y + 200);
+    }
+
+    // The pointer: its colours imported into a 32-pixel-wide client record,
+    // then drawn with the classic AND mask and XOR image through MemBlt.
+    void pointer(int x, int y) {
+        const Pointer arrow = arrowPointer();
+        constexpr int kRowLength = 20;  // the source rows carry padding
+        std::vector<uint8_t> src(size_t(kRowLength) * 4 * arrow.colours.height, 0);
+        for (int r = 0; r < arrow.colours.height; ++r)
+            for (int c = 0; c < arrow.colours.width; ++c) {
+                const uint32_t px = arrow.colours.at(c, r);
+                uint8_t *b = &src[(size_t(r) * kRowLength + size_t(c)) * 4];
+                b[0] = uint8_t(px), b[1] = uint8_t(px >> 8), b[2] = uint8_t(px >> 16);  // byte order 1
+            }
+        p_.setSourceByteOrder(1);
+        PointerRecord record{};
+        record.record.width = arrow.colours.width;
+        record.record.height = arrow.colours.height;
+        p_.importImage32(record.record, src.data(), kRowLength);
+        const uint32_t *image = record.record.image;
+        long bad = 0;
+        for (int r = 0; r < arrow.colours.height; ++r)
+            for (int c = 0; c < arrow.colours.width; ++c) bad += (image[r * 32 + c] & 0xFFFFFF) != arrow.colours.at(c, r);
+        check("importImage32 pointer record", bad, long(arrow.colours.width) * arrow.colours.height);
+
+        const int w = arrow.colours.width, h = arrow.colours.height;
+        std::vector<uint32_t> andMask(size_t(w) * h), xorImage(size_t(w) * h);
+        for (int r = 0; r < h; ++r)
+            for (int c = 0; c < w; ++c) {
+                const size_t at = size_t(h - 1 - r) * w + c;  // bottom-up, as cached bitmaps are
+                const bool opaque = arrow.opaque.at(c, r);
+                andMask[at] = opaque ? 0 : 0xFFFFFF;
+                xorImage[at] = opaque ? image[r * 32 + c] : 0;
+            }
+        memBlt(x, y, w, h, 0x88, 0, 0, andMask, w, h, s_.everything());
+        memBlt(x, y, w, h, 0x66, 0, 0, xorImage, w, h, s_.everything());
+    }
+
+    Plugin &p_;
+    Screen &s_;
+    Font small_, large_, fixed_;
+    GlyphCache icons_, symbols_;
+    uint32_t iconColours_[kIconCount][3] = {};
+    FragmentBook book_;
+    Picture wallpaper_, photoPicture_, toolbarPicture_, thumbsPicture_;
+    std::vector<uint32_t> photo_, toolbar_, thumbs_, tartan_;
+    SceneReport report_;
+    long callsAtFrameStart_ = 0;
+};
+
+}  // namespace
+
+SceneReport drawDesktop(Plugin &plugin, Screen &screen) {
+    Scene scene(plugin, screen);
+    return scene.run();
+}
+
+}  // namespace demo

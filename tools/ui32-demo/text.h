@@ -1,0 +1,71 @@
+// Building the text orders: glyph strings with position deltas and glyph
+// fragments, GlyphIndex / FastIndex and FastGlyph records.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "font.h"
+#include "ui32.h"
+
+namespace demo {
+
+// What the client knows about the fragments it has asked the library to
+// store: their text and the delta stored with their first glyph.
+struct FragmentBook {
+    struct Entry {
+        std::string text;
+        int firstDelta = 0;   // stored with the first glyph; 0 lets the replaying order place it
+        int span = 0;         // from the first glyph's position to the last one's
+        int lastAdvance = 0;  // advance after the last glyph
+        bool used = false;
+    };
+    std::array<Entry, 256> slots;
+};
+
+// A glyph string in delta mode: each glyph index is followed by the
+// distance from the previous glyph (one byte below 0x80, else 0x80 and a
+// 16-bit value).
+class GlyphString {
+public:
+    GlyphString(const Font &font, FragmentBook &book) : font_(font), book_(book) {}
+    GlyphString &text(std::string_view s);
+    GlyphString &gap(int pixels);
+    // Stores the bytes from `mark` up to here as fragment `slot` (they must
+    // hold glyphs only: a replay inside a fragment would not be a command).
+    GlyphString &store(int slot, size_t mark = 0);
+    // Draws fragment `slot` again.
+    GlyphString &replay(int slot);
+    size_t mark() const { return bytes_.size(); }
+    const std::vector<uint8_t> &bytes() const { return bytes_; }
+    int width() const { return pen_ + pending_; }
+
+private:
+    void delta(int d);
+    const Font &font_;
+    FragmentBook &book_;
+    std::vector<uint8_t> bytes_;
+    std::string drawn_;  // characters since the string began, for fragment bookkeeping
+    std::vector<size_t> glyphAt_;  // byte offset of each drawn character's index
+    std::vector<int> glyphPen_;    // and its position
+    size_t replayedUpTo_ = 0;      // bytes up to the end of the last replay
+    int pen_ = 0;
+    int pending_ = 0;
+};
+
+std::array<int32_t, 3> components(uint32_t colour);
+
+// A GlyphIndex record (explicit opaque rectangle form, no opaque fill)
+// for `data` drawn from (x, baseline), its background rectangle `width`
+// wide and the font's height.
+UiGlyphIndexOrder textOrder(const Font &font, const std::vector<uint8_t> &data, int x, int baseline, int width,
+                            uint32_t colour);
+
+// A FastGlyph record drawing cache entry `index` at (x, y), background
+// rectangle exactly the glyph's box, no opaque fill.
+UiFastGlyphOrder glyphOrder(const GlyphCache &cache, int index, int x, int y, uint32_t colour);
+
+}  // namespace demo
