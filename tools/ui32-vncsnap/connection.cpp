@@ -93,7 +93,7 @@ bool Connection::open(const std::string &hostPort, int timeoutMs) {
         fd_ = fd;
     }
     freeaddrinfo(found);
-    if (fd_ < 0) return fail(hostPort + ": " + why);
+    if (fd_ < 0) return fail(why);
     return true;
 }
 
