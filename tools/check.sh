@@ -32,6 +32,13 @@ for preset in "${presets[@]}"; do
     [ "$bad" = 0 ] || status=1
 done
 
+# Fuzz targets: a short run each (skipped when clang is not installed); the
+# regression inputs are replayed by the unit tests above on every preset.
+if [ -x fuzz/smoke.sh ]; then
+    echo "=== fuzz smoke"
+    if fuzz/smoke.sh; then passed=$((passed + 1)); else echo "fuzz smoke failed"; failed=$((failed + 1)); status=1; fi
+fi
+
 for preset in "${abi_presets[@]}"; do
     if [ -f "build/$preset/ui32.so" ] && tools/check-abi.sh "build/$preset/ui32.so"; then
         passed=$((passed + 1))
