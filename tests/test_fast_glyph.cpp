@@ -2,12 +2,11 @@
 // cache refusals and the tiles.
 #include <gtest/gtest.h>
 
-#include <set>
-
 #include "frame.h"
 #include "glyph_cache.h"
 #include "library.h"
 #include "log_capture.h"
+#include "pixel_sets.h"
 
 using namespace ui32test;
 
@@ -20,7 +19,7 @@ constexpr int32_t kUnset = -32768;
 
 const TestGlyph kGlyph{-1, -2, {"##.#", "#..#", ".##."}};
 
-using Pixels = std::set<std::pair<int32_t, int32_t>>;
+using Pixels = PixelSet;
 
 struct FastGlyphOrder : ::testing::Test {
     FastGlyphOrder() {
@@ -38,19 +37,7 @@ struct FastGlyphOrder : ::testing::Test {
         lib.slot<UiFastGlyphFn>(UI_SLOT_FAST_GLYPH)(&frame.surface(), &order, &clip);
         EXPECT_TRUE(frame.guardsIntact());
     }
-    Pixels pixelsOf(uint32_t colour) const {
-        Pixels out;
-        for (int32_t y = 0; y < frame.height(); ++y)
-            for (int32_t x = 0; x < frame.width(); ++x)
-                if (frame.at(x, y) == colour) out.emplace(x, y);
-        return out;
-    }
-    static Pixels rect(int32_t l, int32_t t, int32_t r, int32_t b) {
-        Pixels out;
-        for (int32_t y = t; y < b; ++y)
-            for (int32_t x = l; x < r; ++x) out.emplace(x, y);
-        return out;
-    }
+    Pixels pixelsOf(uint32_t colour) const { return ui32test::pixelsOf(frame, colour); }
     Pixels glyphAt(int32_t x, int32_t y) const {
         const auto v = glyphPixels(kGlyph, x, y, UiRect{0, 0, 96, 40}, 96, 40);
         return Pixels(v.begin(), v.end());

@@ -5,12 +5,12 @@
 
 #include <algorithm>
 #include <cstring>
-#include <set>
 
 #include "frame.h"
 #include "glyph_cache.h"
 #include "library.h"
 #include "log_capture.h"
+#include "pixel_sets.h"
 #include "ui.h"
 
 using namespace ui32test;
@@ -23,7 +23,7 @@ constexpr uint32_t kOpaque = 0x202122;  // opaqueColor 32, 33, 34
 constexpr int32_t kUnset = -32768;
 
 using Bytes = std::vector<uint8_t>;
-using Pixels = std::set<std::pair<int32_t, int32_t>>;
+using Pixels = PixelSet;
 
 // Glyph 1 is 3 wide, glyph 2 is 5 wide, glyph 5 is one pixel.
 const TestGlyph kGlyph1{0, 0, {"#.#"}};
@@ -53,19 +53,7 @@ struct GlyphIndexOrder : ::testing::Test {
         lib.slot<UiGlyphIndexFn>(UI_SLOT_GLYPH_INDEX)(&frame.surface(), &order, &clip);
         EXPECT_TRUE(frame.guardsIntact());
     }
-    Pixels pixelsOf(uint32_t colour) const {
-        Pixels out;
-        for (int32_t y = 0; y < frame.height(); ++y)
-            for (int32_t x = 0; x < frame.width(); ++x)
-                if (frame.at(x, y) == colour) out.emplace(x, y);
-        return out;
-    }
-    Pixels rect(int32_t l, int32_t t, int32_t r, int32_t b) const {
-        Pixels out;
-        for (int32_t y = t; y < b; ++y)
-            for (int32_t x = l; x < r; ++x) out.emplace(x, y);
-        return out;
-    }
+    Pixels pixelsOf(uint32_t colour) const { return ui32test::pixelsOf(frame, colour); }
     // Ink expected from glyphs placed at the given points, clipped to the frame.
     Pixels placed(const std::vector<std::tuple<TestGlyph, int32_t, int32_t>> &glyphsAt) const {
         Pixels out;
@@ -89,28 +77,25 @@ struct RectCase {
     uint8_t explicitForm;
     int32_t redundant;
     int32_t op[4];
-    Pixels (*expected)(const GlyphIndexOrder &);  // the opaque pixels
+    Pixels expected;  // the opaque pixels
     Sites reports;
     std::vector<int> tiles;
 };
 
 // Frame 96 x 40 (3 x 2 tiles); background (2, 2)-(90, 38); the glyph at (10, 10).
 const RectCase kRectCases[] = {
-    {"explicit", 1, 0, {40, 5, 60, 15}, [](auto &t) { return t.rect(40, 5, 60, 15); }, {}, {1}},
-    {"explicit, left 0 taken literally", 1, 0, {0, 5, 20, 15}, [](auto &t) { return t.rect(0, 5, 20, 15); }, {}, {0}},
-    {"empty, redundant", 1, 1, {0, 0, 0, 0}, [](auto &t) { return t.rect(2, 2, 90, 38); }, {}, {0, 1, 2, 3, 4, 5}},
-    {"empty, not redundant", 1, 0, {0, 0, 0, 0}, [](auto &) { return Pixels{}; }, {}, {0, 1, 2, 3, 4, 5}},
-    {"clipped away, redundant", 1, 1, {200, 5, 220, 15}, [](auto &t) { return t.rect(2, 2, 90, 38); }, {},
-     {0, 1, 2, 3, 4, 5}},
-    {"explicit, clipped", 1, 0, {80, 30, 120, 60}, [](auto &t) { return t.rect(80, 30, 96, 40); }, {}, {2, 5}},
-    {"fast, flags 0x0F", 0, 0, {7, 0x0f, 9, kUnset}, [](auto &t) { return t.rect(2, 2, 90, 38); }, {},
-     {0, 1, 2, 3, 4, 5}},
-    {"fast, flags 0x05", 0, 0, {40, 0x05, 50, kUnset}, [](auto &t) { return t.rect(40, 2, 50, 38); }, {}, {1, 4}},
-    {"fast, flags 0x0D", 0, 0, {40, 0x0d, 50, kUnset}, [](auto &t) { return t.rect(2, 2, 50, 38); }, {},
-     {0, 1, 3, 4}},
-    {"fast, left and right 0", 0, 0, {0, 5, 0, 9}, [](auto &t) { return t.rect(2, 5, 90, 9); }, {}, {0, 1, 2}},
-    {"fast, without 0x01", 0, 0, {40, 0x0e, 50, kUnset}, [](auto &) { return Pixels{}; }, {"ui 2586"}, {}},
-    {"fast, without 0x04", 0, 0, {40, 0x0b, 50, kUnset}, [](auto &) { return Pixels{}; }, {"ui 2592"}, {}},
+    {"explicit", 1, 0, {40, 5, 60, 15}, rect(40, 5, 60, 15), {}, {1}},
+    {"explicit, left 0 taken literally", 1, 0, {0, 5, 20, 15}, rect(0, 5, 20, 15), {}, {0}},
+    {"empty, redundant", 1, 1, {0, 0, 0, 0}, rect(2, 2, 90, 38), {}, {0, 1, 2, 3, 4, 5}},
+    {"empty, not redundant", 1, 0, {0, 0, 0, 0}, {}, {}, {0, 1, 2, 3, 4, 5}},
+    {"clipped away, redundant", 1, 1, {200, 5, 220, 15}, rect(2, 2, 90, 38), {}, {0, 1, 2, 3, 4, 5}},
+    {"explicit, clipped", 1, 0, {80, 30, 120, 60}, rect(80, 30, 96, 40), {}, {2, 5}},
+    {"fast, flags 0x0F", 0, 0, {7, 0x0f, 9, kUnset}, rect(2, 2, 90, 38), {}, {0, 1, 2, 3, 4, 5}},
+    {"fast, flags 0x05", 0, 0, {40, 0x05, 50, kUnset}, rect(40, 2, 50, 38), {}, {1, 4}},
+    {"fast, flags 0x0D", 0, 0, {40, 0x0d, 50, kUnset}, rect(2, 2, 50, 38), {}, {0, 1, 3, 4}},
+    {"fast, left and right 0", 0, 0, {0, 5, 0, 9}, rect(2, 5, 90, 9), {}, {0, 1, 2}},
+    {"fast, without 0x01", 0, 0, {40, 0x0e, 50, kUnset}, {}, {"ui 2586"}, {}},
+    {"fast, without 0x04", 0, 0, {40, 0x0b, 50, kUnset}, {}, {"ui 2592"}, {}},
 };
 
 TEST_F(GlyphIndexOrder, OpaqueRectanglesInBothForms) {
@@ -125,7 +110,7 @@ TEST_F(GlyphIndexOrder, OpaqueRectanglesInBothForms) {
         text({1});
         draw();
         const Pixels ink = c.reports.empty() ? placed({{kGlyph1, 10, 10}}) : Pixels{};
-        Pixels opaque = c.expected(*this);
+        Pixels opaque = c.expected;
         for (auto p : ink) opaque.erase(p);
         EXPECT_EQ(pixelsOf(kOpaque), opaque);
         EXPECT_EQ(pixelsOf(kInk), ink);
@@ -237,7 +222,7 @@ struct ParseErrorCase {
 
 const ParseErrorCase kParseErrors[] = {
     {"store command cut short", {1, 0xff, 3}, "ui 2672"},
-    {"fragment longer than the bytes before it", {1, 1, 0xff, 3, 4}, "ui 2680"},
+    {"fragment one longer than the bytes before it", {1, 1, 0xff, 3, 3}, "ui 2680"},
     {"use command without its slot", {1, 0xfe}, "ui 2702"},
 };
 

@@ -5,47 +5,16 @@
 
 #include <random>
 
-#include "bitmap_streams.h"
-#include "guarded_input.h"
-#include "library.h"
-#include "codec/decompressBitmap.h"
+#include "decode_cases.h"
 #include "ui.h"
 
 using namespace ui32test;
 
 namespace {
 
-using Pixels = std::vector<uint32_t>;
-using Trail = std::vector<std::string>;
-
 constexpr uint32_t W = 0xFFFFFF, A = 0x112233, B = 0x445566, C = 0x778899, D = 0xAABBCC, K = kUnwritten;
 
-Pixels operator+(Pixels a, const Pixels &b) {
-    a.insert(a.end(), b.begin(), b.end());
-    return a;
-}
-
-struct Case {
-    const char *name;
-    int32_t width, height;
-    Bytes stream;
-    Pixels expected;
-    Trail reports = {};
-    int32_t result = 1;
-};
-
-void run(const std::vector<Case> &cases, int32_t bytesPerPixel = 3) {
-    Library lib(bytesPerPixel);
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.name);
-        LogCapture log;
-        const Decoded d = decodeGuarded(c.width, c.height, c.stream);
-        EXPECT_EQ(d.result, c.result);
-        EXPECT_EQ(d.pixels, c.expected);
-        EXPECT_EQ(trail(log), c.reports);
-        EXPECT_TRUE(d.guardsIntact);
-    }
-}
+void run(const std::vector<DecodeCase> &cases, int32_t bytesPerPixel = 3) { runDecodeCases(cases, bytesPerPixel); }
 
 TEST(Interleaved, EveryOrderKind) {
     run({
@@ -181,31 +150,16 @@ TEST(Interleaved, HugeFgbgImagePastTheEndStillReadsItsMaskBytes) {
 }
 
 TEST(Interleaved, RefusedArgumentsLeaveTheOutputAlone) {
-    const struct {
-        const char *name;
-        int32_t width, height, length, depth;
-        Trail reports;
-        int32_t result;
-    } cases[] = {
-        {"negative data length", 2, 2, -1, 3, {"ui 902"}, 0},
-        {"negative width", -2, 2, 1, 3, {"ui 902"}, 0},
-        {"both negative", -2, -2, 1, 3, {"ui 902"}, 0},
-        {"size past 2 GiB", 65536, 65536, 1, 3, {"ui 902"}, 0},
-        {"product wraps to 0 in 32 bits", 65536, 16384, 1, 3, {"ui 902"}, 0},
-        {"depth 2", 2, 2, 1, 2, {"ui 902"}, 0},
-        {"depth 0", 2, 2, 1, 0, {"ui 902"}, 0},
-        {"no pixels", 0, 5, 1, 3, {}, 1},
-    };
-    for (const auto &c : cases) {
-        SCOPED_TRACE(c.name);
-        Library lib(c.depth);
-        LogCapture log;
-        uint32_t out[4] = {K, K, K, K};
-        const uint8_t data[1] = {0xFD};
-        EXPECT_EQ(ui::decompressBitmap(c.width, c.height, data, c.length, out), c.result);
-        EXPECT_EQ(Pixels(out, out + 4), Pixels(4, K));
-        EXPECT_EQ(trail(log), c.reports);
-    }
+    const uint8_t data[1] = {0xFD};
+    runArgumentCases({{"negative data length", 2, 2, -1, 3, {"ui 902"}},
+                      {"negative width", -2, 2, 1, 3, {"ui 902"}},
+                      {"both negative", -2, -2, 1, 3, {"ui 902"}},
+                      {"size past 2 GiB", 65536, 65536, 1, 3, {"ui 902"}},
+                      {"product wraps to 0 in 32 bits", 65536, 16384, 1, 3, {"ui 902"}},
+                      {"depth 2", 2, 2, 1, 2, {"ui 902"}},
+                      {"depth 0", 2, 2, 1, 0, {"ui 902"}},
+                      {"no pixels", 0, 5, 1, 3, {}, 1}},
+                     data);
 }
 
 TEST(Interleaved, DeeperSourcePixelsUseTheirFirstThreeBytes) {
@@ -232,9 +186,7 @@ TEST(InterleavedHostile, TruncatedAtEveryByte) {
     for (int32_t cut = 0; cut < all.size(); ++cut) {
         SCOPED_TRACE(cut);
         LogCapture log;
-        Bytes prefix;
-        prefix.v.assign(all.v.begin(), all.v.begin() + cut);
-        const Decoded d = decodeGuarded(16, 16, prefix);
+        const Decoded d = decodeGuarded(16, 16, prefix(all, cut));
         EXPECT_EQ(d.result, 1);
         EXPECT_TRUE(d.guardsIntact);
         for (const std::string &site : log.sites())

@@ -100,6 +100,7 @@ const LineCase kExamples[] = {
     {"vertical up into the next tile row", 40, 64, 40, 60, kFull, {{40, 61}, {40, 62}, {40, 63}, {40, 64}}, {5, 9}},
     {"vertical cut at both ends", 7, -5, 7, 200, {0, 10, 127, 12}, {{7, 10}, {7, 11}, {7, 12}}, {0}},
     {"vertical left of the clip", 7, 0, 7, 20, {8, 0, 127, 95}, {}, {}},
+    {"vertical on the clip's right edge", 7, 0, 7, 3, {0, 0, 7, 95}, {{7, 0}, {7, 1}, {7, 2}}, {0}},
     {"horizontal left to right, clipped", 0, 0, 100, 0, {0, 0, 49, 49}, rowOf(0, 49, 0), {0, 1}},
     {"horizontal right to left, clipped", 100, 0, 0, 0, {0, 0, 49, 49}, rowOf(1, 49, 0), {0, 1}},
     {"horizontal leftwards across a tile edge", 70, 3, 60, 3, kFull, rowOf(61, 70, 3), {1, 2}},

@@ -5,52 +5,19 @@
 
 #include <random>
 
-#include "bitmap_streams.h"
-#include "library.h"
-#include "codec/decompressBitmap.h"
+#include "decode_cases.h"
 
 using namespace ui32test;
 
 namespace {
 
-using Pixels = std::vector<uint32_t>;
-using Trail = std::vector<std::string>;
-
 constexpr uint32_t K = kUnwritten;
 
 uint32_t rgb(uint32_t r, uint32_t g, uint32_t b) { return (r << 16) | (g << 8) | b; }
 
-Pixels operator+(Pixels a, const Pixels &b) {
-    a.insert(a.end(), b.begin(), b.end());
-    return a;
-}
+void run(const std::vector<DecodeCase> &cases) { runDecodeCases(cases, 4); }
 
-struct Case {
-    const char *name;
-    int32_t width, height;
-    Bytes stream;
-    Pixels expected;
-    Trail reports = {};
-    int32_t result = 1;
-};
-
-void run(const std::vector<Case> &cases) {
-    Library lib(4);
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.name);
-        LogCapture log;
-        const Decoded d = decodeGuarded(c.width, c.height, c.stream);
-        EXPECT_EQ(d.result, c.result);
-        EXPECT_EQ(d.pixels, c.expected);
-        EXPECT_EQ(trail(log), c.reports);
-        EXPECT_TRUE(d.guardsIntact);
-    }
-}
-
-Bytes withoutLastByte(Bytes b) {
-    b.v.pop_back();
-    return b;
-}
+Bytes withoutLastByte(const Bytes &b) { return prefix(b, b.size() - 1); }
 
 TEST(Planar, RawPlanesWithAndWithoutAlpha) {
     const Pixels picture = storedPicture(5, 7);  // 35 pixels: two steps of 16 and a tail
@@ -72,26 +39,16 @@ TEST(Planar, RefusedHeadersWriteNothing) {
 }
 
 TEST(Planar, RefusedSizes) {
-    const struct {
-        const char *name;
-        int32_t width, height, length;
-        Trail reports;
-    } cases[] = {
-        {"no data", 2, 2, 0, {"ui 919"}},         {"no columns", 0, 2, 4, {"ui 919"}},
-        {"no rows", 2, 0, 4, {"ui 919"}},         {"negative width", -2, 2, 4, {"ui 919"}},
-        {"both negative", -2, -2, 4, {"ui 919"}}, {"product wraps to 0", 65536, 16384, 4, {"ui 919"}},
-        {"past 2 GiB", 40000, 40000, 4, {"ui 919"}}, {"negative length", 2, 2, -4, {"ui 902"}},
-    };
-    for (const auto &c : cases) {
-        SCOPED_TRACE(c.name);
-        Library lib(4);
-        LogCapture log;
-        uint32_t out[4] = {K, K, K, K};
-        const uint8_t data[4] = {0x20, 1, 2, 3};
-        EXPECT_EQ(ui::decompressBitmap(c.width, c.height, data, c.length, out), 0);
-        EXPECT_EQ(Pixels(out, out + 4), Pixels(4, K));
-        EXPECT_EQ(trail(log), c.reports);
-    }
+    const uint8_t data[4] = {0x20, 1, 2, 3};
+    runArgumentCases({{"no data", 2, 2, 0, 4, {"ui 919"}},
+                      {"no columns", 0, 2, 4, 4, {"ui 919"}},
+                      {"no rows", 2, 0, 4, 4, {"ui 919"}},
+                      {"negative width", -2, 2, 4, 4, {"ui 919"}},
+                      {"both negative", -2, -2, 4, 4, {"ui 919"}},
+                      {"product wraps to 0", 65536, 16384, 4, 4, {"ui 919"}},
+                      {"past 2 GiB", 40000, 40000, 4, 4, {"ui 919"}},
+                      {"negative length", 2, 2, -4, 4, {"ui 902"}}},
+                     data);
 }
 
 TEST(Planar, RunLengthPlanes) {
@@ -153,9 +110,7 @@ TEST(PlanarHostile, TruncatedAtEveryByte) {
         for (int32_t cut = 0; cut < whole.size(); ++cut) {
             SCOPED_TRACE(cut);
             LogCapture log;
-            Bytes prefix;
-            prefix.v.assign(whole.v.begin(), whole.v.begin() + cut);
-            const Decoded d = decodeGuarded(6, 3, prefix);
+            const Decoded d = decodeGuarded(6, 3, prefix(whole, cut));
             EXPECT_TRUE(d.guardsIntact);
             ASSERT_FALSE(log.reports().empty());
             if (d.result == 1) EXPECT_EQ(log.sites()[0], "streamInOps 64");
