@@ -1,5 +1,7 @@
 #include "streams.h"
 
+#include "peerEncoders.h"
+
 #include <freerdp/codec/interleaved.h>
 #include <freerdp/codec/planar.h>
 #include <winpr/stream.h>
@@ -51,40 +53,14 @@ Picture buildPhotoPicture() {
 // The peer's encoders
 // ---------------------------------------------------------------------------
 
-using Bytes = std::vector<uint8_t>;
+using interop::Bytes;
 
-bool interleavedEncode(const Picture &p, Bytes &out) {
-    BITMAP_INTERLEAVED_CONTEXT *context = bitmap_interleaved_context_new(TRUE);
-    if (context == nullptr) return false;
-    // Its scratch buffers leak into some colour-image orders: zeroed, the
-    // streams are the same on every run.
-    std::memset(context->TempBuffer, 0, context->TempSize);
-    std::memset(Stream_Buffer(context->bts), 0, Stream_Capacity(context->bts));
-    out.assign(64 * 64 * 4 + 1024, 0);
-    UINT32 size = UINT32(out.size());
-    const BOOL ok = interleaved_compress(context, out.data(), &size, uint32_t(p.width), uint32_t(p.height),
-                                         reinterpret_cast<const BYTE *>(p.pixels.data()), PIXEL_FORMAT_BGRX32,
-                                         uint32_t(p.width) * 4, 0, 0, nullptr, 24);
-    bitmap_interleaved_context_free(context);
-    if (!ok || size == 0 || size > out.size()) return false;
-    out.resize(size);
-    return true;
-}
+bool interleavedEncode(const Picture &p, Bytes &out) { return interop::interleavedCompressEncode(p, out); }
 
 bool planarEncode(const Picture &p, uint8_t header, Bytes &out) {
-    const DWORD flags =
+    const uint32_t flags =
         ((header & 0x10) ? PLANAR_FORMAT_HEADER_RLE : 0) | ((header & 0x20) ? PLANAR_FORMAT_HEADER_NA : 0);
-    BITMAP_PLANAR_CONTEXT *context = freerdp_bitmap_planar_context_new(flags, uint32_t(p.width), uint32_t(p.height));
-    if (context == nullptr) return false;
-    out.assign(size_t(p.width) * size_t(p.height) * 4 * 2 + 64, 0);
-    UINT32 size = UINT32(out.size());
-    const BYTE *written =
-        freerdp_bitmap_compress_planar(context, reinterpret_cast<const BYTE *>(p.pixels.data()), PIXEL_FORMAT_BGRA32,
-                                       uint32_t(p.width), uint32_t(p.height), uint32_t(p.width) * 4, out.data(), &size);
-    freerdp_bitmap_planar_context_free(context);
-    if (written != out.data() || size == 0 || size > out.size() || out[0] != header) return false;
-    out.resize(size);
-    return true;
+    return interop::planarEncode(p, flags, out) && out[0] == header;
 }
 
 // ---------------------------------------------------------------------------

@@ -27,6 +27,7 @@
 //   other sizes go through freerdp_bitmap_compress, up to 8,192 pixels
 //   (32 KiB of 32-bit input) per call.
 #include "frame.h"
+#include "peerEncoders.h"
 #include "guarded_input.h"
 #include "library.h"
 #include "log_capture.h"
@@ -51,6 +52,8 @@
 
 using namespace ui32test;
 using interop::Picture;
+using interop::interleavedCompressEncode;
+using interop::planarEncode;
 
 namespace {
 
@@ -338,20 +341,6 @@ const PlanarVariant kPlanarVariants[] = {
     {0x30, PLANAR_FORMAT_HEADER_RLE | PLANAR_FORMAT_HEADER_NA},
 };
 
-bool planarEncode(const Picture &p, DWORD flags, Bytes &out) {
-    BITMAP_PLANAR_CONTEXT *context = freerdp_bitmap_planar_context_new(flags, uint32_t(p.width), uint32_t(p.height));
-    if (context == nullptr) return false;
-    out.assign(size_t(p.width) * size_t(p.height) * 4 * 2 + 64, 0);
-    UINT32 size = UINT32(out.size());
-    const BYTE *written =
-        freerdp_bitmap_compress_planar(context, reinterpret_cast<const BYTE *>(p.pixels.data()), PIXEL_FORMAT_BGRA32,
-                                       uint32_t(p.width), uint32_t(p.height), uint32_t(p.width) * 4, out.data(), &size);
-    freerdp_bitmap_planar_context_free(context);
-    if (written != out.data() || size == 0 || size > out.size()) return false;
-    out.resize(size);
-    return true;
-}
-
 // The peer's own decoding, top-down, colours only.
 bool planarPeerDecode(const Bytes &stream, int32_t width, int32_t height, std::vector<uint32_t> &out) {
     BITMAP_PLANAR_CONTEXT *context = freerdp_bitmap_planar_context_new(0, uint32_t(width), uint32_t(height));
@@ -368,24 +357,6 @@ bool planarPeerDecode(const Bytes &stream, int32_t width, int32_t height, std::v
 // ---------------------------------------------------------------------------
 // The peer's interleaved codec, 24 bits per pixel
 // ---------------------------------------------------------------------------
-
-bool interleavedCompressEncode(const Picture &p, Bytes &out) {
-    BITMAP_INTERLEAVED_CONTEXT *context = bitmap_interleaved_context_new(TRUE);
-    if (context == nullptr) return false;
-    // Its scratch buffers (public members of the context) leak into some
-    // colour-image orders: zeroed, the streams are the same on every run.
-    std::memset(context->TempBuffer, 0, context->TempSize);
-    std::memset(Stream_Buffer(context->bts), 0, Stream_Capacity(context->bts));
-    out.assign(64 * 64 * 4 + 1024, 0);
-    UINT32 size = UINT32(out.size());
-    const BOOL ok = interleaved_compress(context, out.data(), &size, uint32_t(p.width), uint32_t(p.height),
-                                         reinterpret_cast<const BYTE *>(p.pixels.data()), PIXEL_FORMAT_BGRX32,
-                                         uint32_t(p.width) * 4, 0, 0, nullptr, 24);
-    bitmap_interleaved_context_free(context);
-    if (!ok || size == 0 || size > out.size()) return false;
-    out.resize(size);
-    return true;
-}
 
 // freerdp_bitmap_compress reads 32-bit pixels (B, G, R, X), rows width * 4
 // bytes apart, from `start_line` upwards.
