@@ -58,11 +58,11 @@ void drawCompressed(UiSurface &surface, const UiBitmapData &bitmap, const Placem
 
     // Pixels past the decoded end (interleaved data that ran out early) hold
     // nothing: the frame buffer keeps its own there.
-    for (int32_t j = 0; j < r.height; ++j, out = ui::nextRow(out, surface.image.stride)) {
+    for (int32_t j = 0; j < r.height; ++j) {
         const int32_t first = storedRow(bitmap, place, j) * bitmap.width + place.dx;
         const int32_t available = decodedPixels - first;
         const int32_t count = available < r.width ? available : r.width;
-        if (count > 0) std::memcpy(out, decoded + first, 4 * size_t(count));
+        if (count > 0) std::memcpy(ui::rowAt(out, surface.image.stride, j), decoded + first, 4 * size_t(count));
     }
 }
 
@@ -84,8 +84,8 @@ void drawUncompressed(UiSurface &surface, const UiBitmapData &bitmap, const Plac
     const size_t rowBytes = size_t(bitmap.width) * size_t(bytesPerPixel);
     const uint8_t *src = bitmap.bitmapDataStream + size_t(storedRow(bitmap, place, 0)) * rowBytes +
                          size_t(place.dx) * size_t(bytesPerPixel);
-    for (int32_t j = 0; j < r.height; ++j, out = ui::nextRow(out, surface.image.stride)) {
-        ui::convertPixels(out, src, r.width, bytesPerPixel);
+    for (int32_t j = 0; j < r.height; ++j) {
+        ui::convertPixels(ui::rowAt(out, surface.image.stride, j), src, r.width, bytesPerPixel);
         if (j + 1 < r.height) src -= rowBytes;  // the row above is stored before
     }
 }
