@@ -1,611 +1,314 @@
 /*
- * ui32.h - the C interface of the ui32 drawing back-end.
+ * ui32.h - the C interface of the ui32 drawing back-end (C99 and C++).
  *
- * A remote-desktop client loads ui32.so at run time (dlopen by path), looks up
- * the one exported function srn_get and calls it once with a UiDrawTable, its
- * log callback and a UiConfig.  From then on it reaches the library only
- * through the 25 slots of that table.  Every record below is laid out by the
- * client and read (or, where said, written) in place during one call; the
- * library keeps nothing after the call except its process-wide settings and
- * the 64 KiB glyph fragment store.
+ * A remote-desktop client loads ui32.so by path, looks up srn_get and calls it
+ * with a UiDrawTable, its log callback and a UiConfig; from then on it reaches
+ * the library through the 25 slots of that table, one call at a time.  Every
+ * record is laid out by the client and read (or, where said, written) in place
+ * during one call; the library keeps nothing after a call except its
+ * process-wide settings and the 64 KiB glyph fragment store.
  *
- * On 32-bit targets (armhf, i386) every record is exactly a sequence of 32-bit
- * little-endian words with no padding; the static assertions at the end of
- * this file check sizes and word offsets.  On 64-bit hosts the same structs
+ * On 32-bit targets every record is exactly a sequence of 32-bit little-endian
+ * words (checked at the end of this file); on 64-bit hosts the same structs
  * take their natural layout.
  *
- * Colours: a frame-buffer pixel is a 32-bit word with the colour in bits 0-23;
- * every colour the library builds has bits 24-31 zero.  An order's colour
- * arrives as three words, the first going to bits 16-23 and the third to
- * bits 0-7.
+ * Colours: a pixel is a 32-bit word with the colour in bits 0-23; every colour
+ * the library builds has bits 24-31 zero.  An order's colour arrives as three
+ * words, the first to bits 16-23, the third to bits 0-7 (not masked).
  *
- * Reports: every failed check calls the log callback once with level "ERROR",
- * the module ("ui", "imgbuf", "dirtybuf", "streamInOps", "rdpclient-caches"),
- * a fixed site number and a printf format with its arguments.  Most checks use
- * the format "INTERNAL ERROR. Please, contact Nelvox tech support." without
- * arguments.  A failed image-buffer check gives two reports: "imgbuf" 99 (or
- * 83 for a source rectangle), then the entry point's own "ui" site.  After a
- * failed check an entry point draws nothing further; a failed tile marking
- * ("dirtybuf" 114) is reported and the drawing stands.
+ * Reports: a failed check calls the log callback once with level "ERROR", a
+ * module, a fixed site number and a printf format with its arguments; most
+ * use "INTERNAL ERROR. Please, contact Nelvox tech support.".  A failed image
+ * check reports "imgbuf" 99 (83 for a source) and then the entry point's "ui"
+ * site.  After a failed check nothing more is drawn; a failed tile marking
+ * ("dirtybuf" 114) is reported and the drawing stands.  docs/reports.md lists
+ * every report; docs/behaviour.md the choices made for inconsistent records.
+ * Coordinates wrap as 32-bit words and every rectangle is bounds-checked
+ * before a pixel is touched: no input makes the library read or write outside
+ * the buffers it was handed.
  */
 #ifndef UI32_H
-
-/*
- * Behaviour on unusual input (choices the library makes where a record is
- * inconsistent; none of them reads or writes outside the client's buffers):
- *
- * - A null log callback silences every report; drawing is unaffected.
- * - An imgbuf whose `pixels` is null: a rectangle that passes the bounds
- *   check still yields no pixel address, at any offset (not only at 0, 0),
- *   so the entry point makes its own "ui" report alone and draws nothing.
- *   A rectangle outside the image is reported by "imgbuf" first, as always.
- * - A dirtybuf whose `tiles` is null: marking is refused with the "dirtybuf"
- *   114 report, exactly as for a tile range outside the map.
- * - MemBlt with a null `bitmapPixels` is treated like a source rectangle
- *   outside the bitmap: nothing drawn, nothing reported, no tile marked.
- * - Coordinates are 32-bit words: origin translation and clipping wrap and
- *   compare as 32-bit two's-complement values would, without overflow, and
- *   every resulting rectangle is bounds-checked before any pixel is touched.
- * - Order colours are composed from the three words as given
- *   (first << 16 | second << 8 | third); words above 255 are not masked.
- * - Stream reads (bitmaps, tiles) with a negative count are refused with the
- *   same report as a count beyond the data, never read backwards.
- *
- * Bitmaps (slots 0 and 8):
- * - An order that would run past the end of the output stores only the
- *   pixels that fit in width x height; it still consumes its input, and the
- *   "%d > %d!" report (341) gives the full overrun.
- * - sourceBytesPerPixel below 3 is refused before decoding ("ui" 902 from the
- *   decoder and slot 8, 1229 for an uncompressed slot 0); 5 or more uses the
- *   first three bytes of each pixel.
- * - A planar plane whose control byte cannot be read fails the plane (the
- *   shortage report, then 939/944/948/952) and the decode returns 0; a
- *   missing raw byte inside a segment still counts as 0.
- * - Uncompressed data shorter than the rows read is refused before drawing:
- *   slot 0 reports 1229 (its tiles are already marked), slot 8 reports 902
- *   and returns 0.  A null data pointer is refused the same way.
- * - Every size product is computed in 64 bits: negative sizes and outputs
- *   near 2^31 bytes are refused (902 interleaved, 919 planar) instead of
- *   wrapping into a small size.
- * - A stream that ends on its very last byte decodes completely; raw planar
- *   data must hold exactly the planes' bytes.
- * - The planar run-length path writes byte 3 of each pixel as 0, like every
- *   other decoder, so no stale byte reaches the frame buffer.
- * - Pixels that an interleaved stream ending early never decoded are not
- *   copied by slot 0: the frame buffer keeps its own pixels there.
- *
- * Text and brushes (slots 2, 5, 6, 7):
- * - Without a fragment store (its reservation failed) glyph string orders are
- *   refused with "ui" 3782, the site of that failure; FastGlyph still works.
- * - A glyph whose bitmap (cy rows of (cx + 7) / 8 bytes) is larger than the
- *   cache's entry data size is an unusable entry: "rdpclient-caches" 64, not
- *   drawn (a glyph string skips it without advancing; FastGlyph also reports
- *   "ui" 2928).  A null cache has no entries; a negative entry size or count
- *   refuses every index; a null `entries` draws nothing.
- * - A failed opaque or background fill ends the text order: no glyphs, no
- *   tiles.  cbData below 0 reads as 0, above 256 as 256.
- * - A hatched brush with a null hatch table is refused like a hatch above 5
- *   ("ui" 1522).  Glyph edges and brush phases are summed in 64 bits.
- *
- * Lines and direct primitives (slots 4, 11-14, 16, 17, 23):
- * - LineTo clipping is exact binary64 arithmetic done with integers only (a
- *   correctly rounded division, subtraction and fused multiply-add), so every
- *   target draws the same pixels whatever its floating-point unit; the
- *   library contains no floating-point instructions and imports no libm.
- * - The line's dx and dy are the 32-bit wrapped differences of the order's
- *   words; run lengths and bounding boxes are computed in 64 bits, and a run
- *   of 2^31 pixels or more is refused by the image check.
- * - copyRect and putPixels with a null dirtybuf draw and mark nothing, like
- *   the other primitives.
- * - importImage32 uses at most 32 columns; a width below 1 or a row length
- *   shorter than the width imports nothing, without a report.
- * - fillBufferRect sums its far edges in 64 bits, so an overflowing
- *   left + width is reported at 2947 (top + height at 2949).
- *
- * RFB tiles (slots 18-22, 24):
- * - A palette index at or beyond the palette size paints black (0x000000);
- *   the palettes are cleared before reading, so nothing outside them or
- *   uninitialised is ever read.  Packed sizes 0 and 1 use 1-bit indexes.
- * - zrleRawTile with a negative width or height consumes nothing and is
- *   refused (3086 for a null ptr, else "imgbuf" 99 then 3089); a tile needing
- *   more than 2^31 - 1 bytes is "too short" (0).
- * - Where a byte would have to be read from a null `ptr`, the call returns -1
- *   with nothing consumed, reported at the entry point's first site.  A
- *   negative `left` means no bytes.
- * - A negative packed palette size is refused like one above 16 (3148);
- *   palette run-length sub-encodings outside 128-255 are refused (3394).
- * - A null `image` in a tile record is refused like a failed image check,
- *   without the "imgbuf" report; a null `dirty` marks nothing, silently.
- *   hextileRect with a null image or rect reports 3673; a null read callback
- *   behaves like one that fails.
- */
 #define UI32_H
 
 #include <stdbool.h>
+#include <stddef.h>
 #include <stdint.h>
 
 #ifdef __cplusplus
 extern "C" {
 #endif
 
-/* ------------------------------------------------------------------------ */
-/* Callbacks and configuration                                              */
-/* ------------------------------------------------------------------------ */
-
-/* The client's report function.  level is always "ERROR"; module names the
- * library module that made the check; site identifies the check; format is a
- * printf format (%d, %s, %04x, %02x) followed by its arguments.  The library
- * ignores the return value.  A null callback silences all reports. */
+/* The client's report function; its result is ignored.  Null: no reports. */
 typedef int (*UiLogFn)(const char *level, const char *module, int site, const char *format, ...);
 
-/* The Hextile read callback (slot 24): deliver exactly `length` bytes into
- * `buffer` and return non-zero, or return 0 when they cannot be delivered. */
+/* Hextile input (slot 24): deliver exactly `length` bytes into `buffer` and
+ * return non-zero, or return 0 when they cannot be delivered. */
 typedef int (*UiReadFn)(uint8_t *buffer, int32_t length);
 
-/* Configuration handed to srn_get. */
 typedef struct UiConfig {
-    /* Six consecutive 8-byte monochrome hatch patterns (pattern k at byte 8k,
-     * one byte per row, most significant bit leftmost), read by patBlt for
-     * hatched brushes.  The client keeps them alive for the process. */
-    const uint8_t *hatchPatterns;
-    /* Bytes per pixel of the bitmap data given to slots 0 and 8: 3 selects the
-     * 24-bit interleaved run-length codec, 4 the planar codec. */
-    int32_t sourceBytesPerPixel;
+    const uint8_t *hatchPatterns; /* six 8-byte patterns (pattern k at byte 8k), MSB leftmost */
+    int32_t sourceBytesPerPixel;  /* bitmap depth of slots 0 and 8: 4 planar, else interleaved */
 } UiConfig;
 
-/* The client's table of entry points, filled by srn_get.  Convert each slot
- * to its function-pointer type below before calling it (a cast, as POSIX
- * allows for dlsym results, or a memcpy in strict ISO C). */
+/* Filled by srn_get; convert a slot to its function type below to call it. */
 typedef void *UiDrawTable[25];
 
-/* ------------------------------------------------------------------------ */
-/* Drawing surface                                                          */
-/* ------------------------------------------------------------------------ */
-
-/* Hooks through which the library attaches its checked accessors to the
- * records it receives.  They add no data members, so the layout is the same
- * for every user of this header.  Clients leave them undefined. */
-#ifndef UI32_IMGBUF_METHODS
-#define UI32_IMGBUF_METHODS
-#endif
-#ifndef UI32_DIRTYBUF_METHODS
-#define UI32_DIRTYBUF_METHODS
-#endif
-
-/* The client's 32-bit frame buffer.  Pixel (x, y) is the word at byte offset
- * y * stride + 4 * x from pixels.  Every write and every in-image read of the
- * library is checked against width and height first. */
+/* The client's frame buffer: pixel (x, y) is the word at byte y * stride +
+ * 4 * x from pixels.  A null pixels yields no pixel address at any offset. */
 typedef struct imgbuf {
-    uint32_t *pixels;  /* pixel (0, 0), the top-left corner */
-    uint32_t client1;  /* the client's; never read or written */
-    uint32_t client2;  /* the client's; never read or written */
-    uint32_t stride;   /* bytes from one row to the next */
-    uint32_t width;    /* pixels per row */
-    uint32_t height;   /* rows */
-    UI32_IMGBUF_METHODS
+    uint32_t *pixels;
+    uint32_t client1, client2; /* the client's; never touched */
+    uint32_t stride;           /* bytes per row */
+    uint32_t width;
+    uint32_t height;
 } imgbuf;
 
-/* The dirty-tile map: one byte per 32x32 tile of the frame buffer, row by row
- * (tile (tx, ty) is tiles[ty * columns + tx]).  The library only ever writes 1
- * into tile bytes and into `changed`; clearing them is the client's job. */
+/* One byte per 32x32 tile, row by row (tile (tx, ty) is tiles[ty * columns +
+ * tx]).  The library only writes 1 into tiles and changed.  A null tiles is
+ * refused like a range outside the map. */
 typedef struct dirtybuf {
     uint8_t *tiles;
-    uint8_t changed;      /* set to 1 whenever a tile is marked */
-    uint8_t changedPad[3]; /* never read or written */
-    int32_t columns;      /* tiles per tile row, also the tile-row pitch in bytes */
-    int32_t rows;         /* tile rows */
-    UI32_DIRTYBUF_METHODS
+    uint8_t changed;
+    uint8_t changedPad[3];
+    int32_t columns; /* also the tile-row pitch in bytes */
+    int32_t rows;
 } dirtybuf;
 
-/* The drawing context of the clipped order entry points (slots 0-7, 9). */
+/* Drawing context of the clipped orders (slots 0-7, 9). */
 typedef struct UiSurface {
-    int32_t originX;        /* subtracted from order x coordinates when originEnabled */
-    int32_t originY;        /* subtracted from order y coordinates when originEnabled */
-    uint32_t client2;       /* the client's; not read */
-    uint32_t client3;       /* the client's; not read */
-    uint8_t originEnabled;  /* non-zero: apply the origin offset */
+    int32_t originX, originY;   /* subtracted from order coordinates when originEnabled */
+    uint32_t client2, client3;  /* the client's; not read */
+    uint8_t originEnabled;
     uint8_t originEnabledPad[3];
-    imgbuf image;           /* the frame buffer */
-    dirtybuf dirty;         /* its tile map */
+    imgbuf image;
+    dirtybuf dirty;
 } UiSurface;
 
-/* A rectangle: left, top, width, height (signed). */
-typedef struct UiRect {
-    int32_t left;
-    int32_t top;
-    int32_t width;
-    int32_t height;
-} UiRect;
+typedef struct UiRect { int32_t left, top, width, height; } UiRect;
 
-/* A clipping rectangle in buffer coordinates; right and bottom inclusive
- * (0, 0, 99, 49 admits columns 0-99 and rows 0-49).  Never translated. */
-typedef struct UiClipRect {
-    int32_t left;
-    int32_t top;
-    int32_t right;
-    int32_t bottom;
-} UiClipRect;
+/* Buffer coordinates, right and bottom inclusive; never translated. */
+typedef struct UiClipRect { int32_t left, top, right, bottom; } UiClipRect;
 
-/* ------------------------------------------------------------------------ */
-/* Order records (read only)                                                */
-/* ------------------------------------------------------------------------ */
+typedef struct UiDstBltOrder { int32_t left, top, width, height, rop; } UiDstBltOrder;
 
-/* DstBlt: combines the rectangle with the value 0xffffff through the raster
- * operation rop & 15 (0x00 black, 0x55 invert, 0xAA no change, 0xFF white). */
-typedef struct UiDstBltOrder {
-    int32_t left;
-    int32_t top;
-    int32_t width;
-    int32_t height;
-    int32_t rop;    /* low 4 bits index the raster operations */
-} UiDstBltOrder;
+typedef struct UiScrBltOrder { int32_t left, top, width, height, rop, srcLeft, srcTop; } UiScrBltOrder;
 
-/* ScrBlt: copies a rectangle of the frame buffer to another place of it,
- * overlap-safe in every direction. */
-typedef struct UiScrBltOrder {
-    int32_t left;
-    int32_t top;
-    int32_t width;
-    int32_t height;
-    int32_t rop;
-    int32_t srcLeft;  /* source point in the same frame buffer */
-    int32_t srcTop;
-} UiScrBltOrder;
-
-/* MemBlt: copies from a cached bitmap.  The bitmap holds 32-bit pixels in the
- * frame buffer's colour layout, rows stored bottom-up without padding (picture
- * row r starts at pixel (bitmapHeight - 1 - r) * bitmapWidth), the layout that
- * decodeBitmap (slot 8) produces.  A source rectangle that does not lie inside
- * the bitmap draws nothing and is not reported. */
+/* The bitmap holds bitmapWidth x bitmapHeight pixels stored bottom-up without
+ * padding, as decodeBitmap (slot 8) produces them. */
 typedef struct UiMemBltOrder {
-    int32_t client0;        /* not read */
-    int32_t left;
-    int32_t top;
-    int32_t width;
-    int32_t height;
-    int32_t rop;
-    int32_t srcLeft;        /* source point in bitmap coordinates (not translated) */
-    int32_t srcTop;
-    int32_t client8;        /* not read */
-    int32_t bitmapWidth;
-    int32_t bitmapHeight;
+    int32_t client0;
+    int32_t left, top, width, height, rop;
+    int32_t srcLeft, srcTop; /* in bitmap coordinates, not translated */
+    int32_t client8;
+    int32_t bitmapWidth, bitmapHeight;
     const uint32_t *bitmapPixels;
 } UiMemBltOrder;
 
-/* PatBlt: fills a rectangle with a brush through a raster operation. */
 typedef struct UiPatBltOrder {
-    int32_t left;
-    int32_t top;
-    int32_t width;
-    int32_t height;
-    int32_t rop;             /* low 4 bits index the raster operations */
-    int32_t backColor[3];    /* colour of pattern 1 bits */
-    int32_t foreColor[3];    /* solid colour, and colour of pattern 0 bits */
-    int32_t brushOrgX;
-    int32_t brushOrgY;
-    int32_t brushStyle;      /* 0 solid, 2 hatched, 3 pattern, 0x81 cached mono, 0x85 cached colour */
-    uint8_t brushBytes[8];   /* style 2: byte 0 is the hatch 0-5; style 3: the 8 rows */
-    const uint8_t *brushData; /* cached brushes: 8 bytes (mono) or 64 pixels (colour) */
+    int32_t left, top, width, height, rop;
+    int32_t backColor[3];     /* pattern 1 bits */
+    int32_t foreColor[3];     /* solid brush, pattern 0 bits */
+    int32_t brushOrgX, brushOrgY;
+    int32_t brushStyle;       /* 0 solid, 2 hatch, 3 pattern, 0x81 cached mono, 0x85 cached colour */
+    uint8_t brushBytes[8];    /* style 2: byte 0 the hatch (0-5); style 3: the 8 rows */
+    const uint8_t *brushData; /* cached: 8 bytes (mono) or 64 pixel words (colour) */
 } UiPatBltOrder;
 
-/* OpaqueRect: a solid rectangle. */
-typedef struct UiOpaqueRectOrder {
-    int32_t left;
-    int32_t top;
-    int32_t width;
-    int32_t height;
-    int32_t red;
-    int32_t green;
-    int32_t blue;
-} UiOpaqueRectOrder;
+typedef struct UiOpaqueRectOrder { int32_t left, top, width, height, red, green, blue; } UiOpaqueRectOrder;
 
-/* LineTo: a one-pixel line from the start point up to, but not including, the
- * end point, through the raster operation rop & 15. */
-typedef struct UiLineOrder {
-    int32_t startX;
-    int32_t startY;
-    int32_t endX;
-    int32_t endY;
-    int32_t rop;
-    int32_t penColor[3];  /* first component to bits 16-23, third to bits 0-7 */
-} UiLineOrder;
+typedef struct UiLineOrder { int32_t startX, startY, endX, endY, rop, penColor[3]; } UiLineOrder;
 
-/* A glyph cache entry: the 8-byte header followed directly by cy rows of
- * (cx + 7) / 8 bytes, most significant bit leftmost, 1 = foreground. */
-typedef struct UiGlyph {
-    int16_t x;    /* offset of the glyph's top-left pixel from the drawing point */
-    int16_t y;
-    uint16_t cx;  /* width in pixels */
-    uint16_t cy;  /* height in pixels */
-    /* bits follow */
-} UiGlyph;
+/* A glyph cache entry: this header, then cy rows of (cx + 7) / 8 bytes, MSB
+ * leftmost, 1 = foreground. */
+typedef struct UiGlyph { int16_t x, y; uint16_t cx, cy; } UiGlyph;
 
-/* The client's glyph cache: entry i is at entries + i * (entryDataSize + 8). */
+/* Entry i lies at entries + i * (entryDataSize + 8). */
 typedef struct UiGlyphCache {
-    int32_t entryDataSize;  /* bytes reserved for one glyph's bitmap */
-    int32_t entryCount;     /* valid indices are 0 to entryCount - 1 */
+    int32_t entryDataSize;
+    int32_t entryCount;
     const uint8_t *entries;
 } UiGlyphCache;
 
-/* GlyphIndex and FastIndex: a string of cached glyphs with optional
- * background and opaque rectangles. */
 typedef struct UiGlyphIndexOrder {
-    int32_t cacheId;         /* not read: the cache is glyphCache */
-    int32_t flAccel;         /* 0x04 vertical text, 0x20 advance by glyph width */
-    int32_t ulCharInc;       /* fixed advance, 0 = none */
-    int32_t fOpRedundant;    /* opaque rectangle is the background rectangle */
+    int32_t cacheId;      /* not read */
+    int32_t flAccel;      /* 0x04 vertical, 0x20 advance by glyph width */
+    int32_t ulCharInc;
+    int32_t fOpRedundant;
     int32_t textColor[3];
     int32_t opaqueColor[3];
     int32_t bkLeft, bkTop, bkRight, bkBottom;
     int32_t opLeft, opTop, opRight, opBottom;
-    int32_t x;               /* -32768 means bkLeft */
-    int32_t y;               /* -32768 means bkTop */
-    int32_t cbData;          /* meaningful bytes of rgbData, 0-255 */
+    int32_t x, y;         /* -32768: bkLeft / bkTop */
+    int32_t cbData;
     uint8_t rgbData[256];
     const UiGlyphCache *glyphCache;
-    uint8_t opRectExplicit;  /* non-zero: GlyphIndex form; zero: FastIndex form */
+    uint8_t opRectExplicit; /* non-zero: GlyphIndex form; zero: FastIndex form */
     uint8_t opRectExplicitPad[3];
 } UiGlyphIndexOrder;
 
-/* FastGlyph: one cached glyph, index in rgbData[0]. */
 typedef struct UiFastGlyphOrder {
-    int32_t cacheId;         /* not read */
-    int32_t flAccel;         /* not read */
-    int32_t ulCharInc;       /* not read */
+    int32_t cacheId, flAccel, ulCharInc; /* not read */
     int32_t textColor[3];
     int32_t opaqueColor[3];
     int32_t bkLeft, bkTop, bkRight, bkBottom;
     int32_t opLeft, opTop, opRight, opBottom;
-    int32_t x;
-    int32_t y;
-    int32_t cbData;          /* not read */
-    uint8_t rgbData[256];
+    int32_t x, y;
+    int32_t cbData;                      /* not read */
+    uint8_t rgbData[256];                /* byte 0: the glyph's index */
     const UiGlyphCache *glyphCache;
 } UiFastGlyphOrder;
 
-/* One rectangle of an RDP bitmap update (slot 0).  Rows in the data are
- * bottom-up; uncompressed rows are width * sourceBytesPerPixel bytes apart. */
+/* Rows in the data are bottom-up; uncompressed rows are width *
+ * sourceBytesPerPixel bytes apart. */
 typedef struct UiBitmapData {
-    int32_t destLeft;
-    int32_t destTop;
-    int32_t destRight;    /* inclusive */
-    int32_t destBottom;   /* inclusive */
-    int32_t width;        /* bitmap width (may exceed the rectangle's) */
-    int32_t height;
-    int32_t bitsPerPixel; /* not read: the depth is sourceBytesPerPixel */
+    int32_t destLeft, destTop, destRight, destBottom; /* right, bottom inclusive */
+    int32_t width, height;
+    int32_t bitsPerPixel; /* not read */
     uint32_t flags;       /* bit 0: compressed */
     int32_t bitmapLength;
     const uint8_t *bitmapDataStream;
 } UiBitmapData;
 
-/* One ZRLE/TRLE tile body (slots 18-22).  The library advances ptr and left
- * past what it consumed so that the client continues with the next tile. */
+/* One ZRLE/TRLE tile body; ptr and left are advanced past what was consumed.
+ * A null image refuses the tile; a null dirty marks nothing. */
 typedef struct UiTileStream {
-    int32_t x;           /* buffer coordinates, no origin, no clipping */
-    int32_t y;
-    int32_t width;
-    int32_t height;
+    int32_t x, y, width, height;
     imgbuf *image;
     dirtybuf *dirty;
-    const uint8_t *ptr;  /* next unread byte (updated) */
-    int32_t left;        /* bytes available from ptr on (updated) */
+    const uint8_t *ptr;
+    int32_t left;
 } UiTileStream;
 
-/* A client record with a 32-pixel-wide image (slot 23).  Only width, height
- * and the image rows are used; row r starts at word 37 + 32 * r and the
- * record must hold `height` rows (image[] is declared for row 0 only). */
+/* Rows of 32 pixel words from word 37 on; the record must hold `height` rows. */
 typedef struct UiImage32Record {
     uint32_t client0[2];
-    int32_t width;         /* word 2: at most 32 */
-    int32_t height;        /* word 3 */
-    uint32_t client4[33];  /* words 4-36: the client's */
-    uint32_t image[32];    /* word 37 on */
+    int32_t width;  /* at most 32 */
+    int32_t height;
+    uint32_t client4[33];
+    uint32_t image[32];
 } UiImage32Record;
 
-/* ------------------------------------------------------------------------ */
-/* The drawing table                                                        */
-/* ------------------------------------------------------------------------ */
-
 enum UiSlot {
-    UI_SLOT_BITMAP_UPDATE = 0,
-    UI_SLOT_DST_BLT = 1,
-    UI_SLOT_PAT_BLT = 2,
-    UI_SLOT_SCR_BLT = 3,
-    UI_SLOT_DRAW_LINE = 4,
-    UI_SLOT_OPAQUE_RECT = 5,
-    UI_SLOT_GLYPH_INDEX = 6,
-    UI_SLOT_FAST_GLYPH = 7,
-    UI_SLOT_DECODE_BITMAP = 8,
-    UI_SLOT_MEM_BLT = 9,
-    UI_SLOT_SET_SOURCE_BYTES_PER_PIXEL_4 = 10,
-    UI_SLOT_FILL_BUFFER_RECT = 11,
-    UI_SLOT_DRAW_CHAR_8X16 = 12,
-    UI_SLOT_H_LINE = 13,
-    UI_SLOT_V_LINE = 14,
-    UI_SLOT_SET_SOURCE_BYTE_ORDER = 15,
-    UI_SLOT_PUT_PIXELS = 16,
-    UI_SLOT_COPY_RECT = 17,
-    UI_SLOT_ZRLE_RAW_TILE = 18,
-    UI_SLOT_ZRLE_SOLID_TILE = 19,
-    UI_SLOT_ZRLE_PACKED_PALETTE_TILE = 20,
-    UI_SLOT_ZRLE_PLAIN_RLE_TILE = 21,
-    UI_SLOT_ZRLE_PALETTE_RLE_TILE = 22,
-    UI_SLOT_IMPORT_IMAGE32 = 23,
-    UI_SLOT_HEXTILE_RECT = 24,
-    UI_SLOT_COUNT = 25
+    UI_SLOT_BITMAP_UPDATE, UI_SLOT_DST_BLT, UI_SLOT_PAT_BLT, UI_SLOT_SCR_BLT, UI_SLOT_DRAW_LINE,
+    UI_SLOT_OPAQUE_RECT, UI_SLOT_GLYPH_INDEX, UI_SLOT_FAST_GLYPH, UI_SLOT_DECODE_BITMAP, UI_SLOT_MEM_BLT,
+    UI_SLOT_SET_SOURCE_BYTES_PER_PIXEL_4, UI_SLOT_FILL_BUFFER_RECT, UI_SLOT_DRAW_CHAR_8X16, UI_SLOT_H_LINE,
+    UI_SLOT_V_LINE, UI_SLOT_SET_SOURCE_BYTE_ORDER, UI_SLOT_PUT_PIXELS, UI_SLOT_COPY_RECT, UI_SLOT_ZRLE_RAW_TILE,
+    UI_SLOT_ZRLE_SOLID_TILE, UI_SLOT_ZRLE_PACKED_PALETTE_TILE, UI_SLOT_ZRLE_PLAIN_RLE_TILE,
+    UI_SLOT_ZRLE_PALETTE_RLE_TILE, UI_SLOT_IMPORT_IMAGE32, UI_SLOT_HEXTILE_RECT, UI_SLOT_COUNT
 };
 
-/* Slot 0: translates, checks (cw > width or ch > height: "ui" 1168), clips to
- * the image, marks the tiles, then decodes (compressed) or converts the rows
- * and copies them the right way up.  Compressed bitmaps of more than 65,536
- * pixels are refused ("ui" 1199). */
+/* 0: clips to the image, marks the tiles before decoding, then copies the
+ * rows the right way up.  Compressed bitmaps above 65,536 pixels: 1199.
+ * Uncompressed data shorter than the rows read, or a depth below 3: 1229. */
 typedef void (*UiBitmapUpdateFn)(UiSurface *surface, const UiBitmapData *bitmap);
-/* Slot 1: DstBlt. */
+/* 1: the rectangle through rop & 15 with the source 0xffffff. */
 typedef void (*UiDstBltFn)(UiSurface *surface, const UiDstBltOrder *order, const UiClipRect *clip);
-/* Slot 2: PatBlt with a solid, hatched, pattern or cached brush. */
+/* 2: solid, hatched, pattern and cached brushes.  A null hatch table refuses
+ * hatches (1522); brush phases are summed in 64 bits. */
 typedef void (*UiPatBltFn)(UiSurface *surface, const UiPatBltOrder *order, const UiClipRect *clip);
-/* Slot 3: ScrBlt. */
+/* 3: overlap-safe copy inside the frame buffer through rop & 15. */
 typedef void (*UiScrBltFn)(UiSurface *surface, const UiScrBltOrder *order, const UiClipRect *clip);
-/* Slot 4: LineTo. */
+/* 4: from the start point up to, not including, the end point.  Sloped lines
+ * are clipped in exact binary64 arithmetic done on integers, so every target
+ * draws the same pixels. */
 typedef void (*UiDrawLineFn)(UiSurface *surface, const UiLineOrder *order, const UiClipRect *clip);
-/* Slot 5: OpaqueRect. */
+/* 5: a solid rectangle. */
 typedef void (*UiOpaqueRectFn)(UiSurface *surface, const UiOpaqueRectOrder *order, const UiClipRect *clip);
-/* Slot 6: GlyphIndex / FastIndex. */
+/* 6: GlyphIndex / FastIndex.  Refused (3782) when the fragment store could
+ * not be reserved.  cbData below 0 reads as 0, above 256 as 256. */
 typedef void (*UiGlyphIndexFn)(UiSurface *surface, const UiGlyphIndexOrder *order, const UiClipRect *clip);
-/* Slot 7: FastGlyph. */
+/* 7: FastGlyph. */
 typedef void (*UiFastGlyphFn)(UiSurface *surface, const UiFastGlyphOrder *order, const UiClipRect *clip);
-/* Slot 8: decodes (or converts) a bitmap into dst (width * height words),
- * rows in stream order (bottom row first), the layout memBlt reads.
- * Returns 1 on success, 0 on failure. */
+/* 8: decodes (compressed) or converts a bitmap into dst, width x height words
+ * in stream order (bottom row first).  1 on success, 0 on failure. */
 typedef int32_t (*UiDecodeBitmapFn)(int32_t width, int32_t height, const uint8_t *data, int32_t dataLength,
                                     uint8_t compressed, uint32_t *dst);
-/* Slot 9: MemBlt. */
+/* 9: MemBlt.  A source outside the bitmap, or a null bitmap, draws nothing
+ * and is not reported. */
 typedef void (*UiMemBltFn)(UiSurface *surface, const UiMemBltOrder *order, const UiClipRect *clip);
-/* Slot 10: sets the source depth to 4 bytes per pixel (planar bitmaps). */
+/* 10: sourceBytesPerPixel = 4. */
 typedef void (*UiSetSourceBytesPerPixel4Fn)(void);
-/* Slot 11: solid fill in buffer coordinates; dirty may be null. */
+/* 11: solid fill in buffer coordinates, refused edge by edge (2946-2949). */
 typedef void (*UiFillBufferRectFn)(imgbuf *image, dirtybuf *dirty, const UiRect *rect, uint32_t colour);
-/* Slot 12: one 8x16 monochrome character cell (16 bytes, MSB leftmost, 1 bits
- * painted); dirty may be null.  Returns false when the cell does not fit. */
+/* 12: an 8x16 cell (16 bytes, MSB leftmost, 1 bits painted); false if it
+ * does not fit. */
 typedef bool (*UiDrawChar8x16Fn)(imgbuf *image, dirtybuf *dirty, int32_t x, int32_t y, const uint8_t *cell,
                                  uint32_t colour);
-/* Slot 13: horizontal line of `length` pixels; dirty may be null. */
+/* 13, 14: solid lines of `length` pixels. */
 typedef void (*UiHLineFn)(imgbuf *image, dirtybuf *dirty, int32_t x, int32_t y, int32_t length, uint32_t colour);
-/* Slot 14: vertical line of `length` pixels; dirty may be null. */
 typedef void (*UiVLineFn)(imgbuf *image, dirtybuf *dirty, int32_t x, int32_t y, int32_t length, uint32_t colour);
-/* Slot 15: source byte order of 4-byte pixels: non-zero = b0 to bits 0-7,
- * zero = b0 to bits 16-23. */
+/* 15: byte order of 4-byte source pixels: non-zero b0 to bits 0-7, zero b0
+ * to bits 16-23. */
 typedef void (*UiSetSourceByteOrderFn)(uint8_t order);
-/* Slot 16: width * height packed 4-byte source pixels into the rectangle. */
+/* 16: width x height packed 4-byte pixels into the rectangle. */
 typedef bool (*UiPutPixelsFn)(imgbuf *image, dirtybuf *dirty, const UiRect *rect, const uint8_t *src);
-/* Slot 17: overlap-safe block copy inside the image. */
+/* 17: overlap-safe block copy inside the image. */
 typedef bool (*UiCopyRectFn)(imgbuf *image, dirtybuf *dirty, const UiRect *dst, int32_t srcLeft, int32_t srcTop);
-/* Slots 18-22: ZRLE/TRLE tile bodies.  Result 1 painted, 0 body too short
- * (no report), -1 rejected (reported). */
+/* 18-22: ZRLE/TRLE tile bodies: 1 painted, 0 body too short (no report), -1
+ * rejected (reported).  Palette indexes beyond the palette paint black. */
 typedef int32_t (*UiZrleRawTileFn)(UiTileStream *tile);
 typedef int32_t (*UiZrleSolidTileFn)(UiTileStream *tile);
 typedef int32_t (*UiZrlePackedPaletteTileFn)(UiTileStream *tile, int32_t subencoding);
 typedef int32_t (*UiZrlePlainRleTileFn)(UiTileStream *tile);
 typedef int32_t (*UiZrlePaletteRleTileFn)(UiTileStream *tile, int32_t subencoding);
-/* Slot 23: pixels into a UiImage32Record (no checks: the caller guarantees
- * width <= 32, rowLength >= width and room for height rows). */
+/* 23: pixels into a UiImage32Record; at most 32 columns, nothing when the
+ * width is below 1 or the row length shorter than the width. */
 typedef void (*UiImportImage32Fn)(UiImage32Record *record, const uint8_t *src, int32_t rowLength);
-/* Slot 24: one Hextile rectangle, bytes pulled through `read`.
- * Returns 1 on success, 0 on failure. */
+/* 24: one Hextile rectangle pulled through `read`: 1 decoded, 0 given up. */
 typedef int32_t (*UiHextileRectFn)(imgbuf *image, dirtybuf *dirty, const UiRect *rect, UiReadFn read);
 
-/* The one exported function.  Keeps `log` as the report callback.  With a
- * config it writes slots 0-10, takes hatchPatterns and sourceBytesPerPixel
- * and reserves a new zeroed 64 KiB glyph fragment store (failure: "ui" 3782,
- * the store stays empty).  Always writes slots 11-24.  With a null config,
- * slots 0-10 and the settings keep their previous values. */
+/* Keeps `log`.  With a config: writes slots 0-10, takes its two settings and
+ * reserves a new zeroed 64 KiB fragment store (failure: 3782).  Always writes
+ * slots 11-24. */
 void srn_get(UiDrawTable table, UiLogFn log, const UiConfig *config);
 
-/* ------------------------------------------------------------------------ */
-/* Layout checks                                                            */
-/* ------------------------------------------------------------------------ */
-
+/* Layout checks. */
 #if defined(__cplusplus)
-#define UI32_STATIC_ASSERT(cond, msg) static_assert(cond, msg)
+#define UI32_ASSERT(cond, msg) static_assert(cond, msg)
 #elif defined(__STDC_VERSION__) && __STDC_VERSION__ >= 201112L
-#define UI32_STATIC_ASSERT(cond, msg) _Static_assert(cond, msg)
-#else /* C99: an array of negative size stops the compiler */
-#define UI32_CONCAT_(a, b) a##b
-#define UI32_CONCAT(a, b) UI32_CONCAT_(a, b)
-#define UI32_STATIC_ASSERT(cond, msg) typedef char UI32_CONCAT(ui32_layout_check_, __LINE__)[(cond) ? 1 : -1]
+#define UI32_ASSERT(cond, msg) _Static_assert(cond, msg)
+#else
+#define UI32_CAT_(a, b) a##b
+#define UI32_CAT(a, b) UI32_CAT_(a, b)
+#define UI32_ASSERT(cond, msg) typedef char UI32_CAT(ui32_layout_check_, __LINE__)[(cond) ? 1 : -1]
 #endif
-#include <stddef.h>
-
+#define UI32_AT(type, field, word) UI32_ASSERT(offsetof(type, field) == 4 * (word), #type "." #field)
 #if UINTPTR_MAX == 0xffffffffu
-#define UI32_WORD(type, field, word) \
-    UI32_STATIC_ASSERT(offsetof(type, field) == 4 * (word), #type "." #field " is not at word " #word)
-#define UI32_WORDS(type, n) UI32_STATIC_ASSERT(sizeof(type) == 4 * (n), #type " is not " #n " words")
-
+#define UI32_WORDS(type, n) UI32_ASSERT(sizeof(type) == 4 * (n), #type " size")
 UI32_WORDS(UiConfig, 2);
-UI32_WORD(UiConfig, sourceBytesPerPixel, 1);
 UI32_WORDS(imgbuf, 6);
-UI32_WORD(imgbuf, stride, 3);
-UI32_WORD(imgbuf, width, 4);
-UI32_WORD(imgbuf, height, 5);
+UI32_AT(imgbuf, stride, 3);
 UI32_WORDS(dirtybuf, 4);
-UI32_WORD(dirtybuf, changed, 1);
-UI32_WORD(dirtybuf, columns, 2);
-UI32_WORD(dirtybuf, rows, 3);
+UI32_AT(dirtybuf, columns, 2);
 UI32_WORDS(UiSurface, 15);
-UI32_WORD(UiSurface, originEnabled, 4);
-UI32_WORD(UiSurface, image, 5);
-UI32_WORD(UiSurface, dirty, 11);
-UI32_WORDS(UiRect, 4);
-UI32_WORDS(UiClipRect, 4);
-UI32_WORD(UiClipRect, bottom, 3);
+UI32_AT(UiSurface, originEnabled, 4);
+UI32_AT(UiSurface, image, 5);
+UI32_AT(UiSurface, dirty, 11);
 UI32_WORDS(UiDstBltOrder, 5);
-UI32_WORD(UiDstBltOrder, rop, 4);
 UI32_WORDS(UiScrBltOrder, 7);
-UI32_WORD(UiScrBltOrder, srcLeft, 5);
-UI32_WORD(UiScrBltOrder, srcTop, 6);
 UI32_WORDS(UiMemBltOrder, 12);
-UI32_WORD(UiMemBltOrder, left, 1);
-UI32_WORD(UiMemBltOrder, rop, 5);
-UI32_WORD(UiMemBltOrder, srcLeft, 6);
-UI32_WORD(UiMemBltOrder, bitmapWidth, 9);
-UI32_WORD(UiMemBltOrder, bitmapHeight, 10);
-UI32_WORD(UiMemBltOrder, bitmapPixels, 11);
+UI32_AT(UiMemBltOrder, bitmapPixels, 11);
 UI32_WORDS(UiPatBltOrder, 17);
-UI32_WORD(UiPatBltOrder, rop, 4);
-UI32_WORD(UiPatBltOrder, backColor, 5);
-UI32_WORD(UiPatBltOrder, foreColor, 8);
-UI32_WORD(UiPatBltOrder, brushOrgX, 11);
-UI32_WORD(UiPatBltOrder, brushOrgY, 12);
-UI32_WORD(UiPatBltOrder, brushStyle, 13);
-UI32_WORD(UiPatBltOrder, brushBytes, 14);
-UI32_WORD(UiPatBltOrder, brushData, 16);
+UI32_AT(UiPatBltOrder, brushStyle, 13);
+UI32_AT(UiPatBltOrder, brushData, 16);
 UI32_WORDS(UiOpaqueRectOrder, 7);
-UI32_WORD(UiOpaqueRectOrder, red, 4);
 UI32_WORDS(UiLineOrder, 8);
-UI32_WORD(UiLineOrder, rop, 4);
-UI32_WORD(UiLineOrder, penColor, 5);
-UI32_STATIC_ASSERT(sizeof(UiGlyph) == 8, "UiGlyph header is not 8 bytes");
 UI32_WORDS(UiGlyphCache, 3);
-UI32_WORD(UiGlyphCache, entries, 2);
 UI32_WORDS(UiGlyphIndexOrder, 87);
-UI32_WORD(UiGlyphIndexOrder, fOpRedundant, 3);
-UI32_WORD(UiGlyphIndexOrder, textColor, 4);
-UI32_WORD(UiGlyphIndexOrder, opaqueColor, 7);
-UI32_WORD(UiGlyphIndexOrder, bkLeft, 10);
-UI32_WORD(UiGlyphIndexOrder, opLeft, 14);
-UI32_WORD(UiGlyphIndexOrder, x, 18);
-UI32_WORD(UiGlyphIndexOrder, y, 19);
-UI32_WORD(UiGlyphIndexOrder, cbData, 20);
-UI32_WORD(UiGlyphIndexOrder, rgbData, 21);
-UI32_WORD(UiGlyphIndexOrder, glyphCache, 85);
-UI32_WORD(UiGlyphIndexOrder, opRectExplicit, 86);
+UI32_AT(UiGlyphIndexOrder, cbData, 20);
+UI32_AT(UiGlyphIndexOrder, glyphCache, 85);
 UI32_WORDS(UiFastGlyphOrder, 85);
-UI32_WORD(UiFastGlyphOrder, textColor, 3);
-UI32_WORD(UiFastGlyphOrder, opaqueColor, 6);
-UI32_WORD(UiFastGlyphOrder, bkLeft, 9);
-UI32_WORD(UiFastGlyphOrder, opLeft, 13);
-UI32_WORD(UiFastGlyphOrder, x, 17);
-UI32_WORD(UiFastGlyphOrder, cbData, 19);
-UI32_WORD(UiFastGlyphOrder, rgbData, 20);
-UI32_WORD(UiFastGlyphOrder, glyphCache, 84);
+UI32_AT(UiFastGlyphOrder, glyphCache, 84);
 UI32_WORDS(UiBitmapData, 10);
-UI32_WORD(UiBitmapData, width, 4);
-UI32_WORD(UiBitmapData, flags, 7);
-UI32_WORD(UiBitmapData, bitmapLength, 8);
-UI32_WORD(UiBitmapData, bitmapDataStream, 9);
+UI32_AT(UiBitmapData, bitmapDataStream, 9);
 UI32_WORDS(UiTileStream, 8);
-UI32_WORD(UiTileStream, image, 4);
-UI32_WORD(UiTileStream, dirty, 5);
-UI32_WORD(UiTileStream, ptr, 6);
-UI32_WORD(UiTileStream, left, 7);
-#undef UI32_WORD
+UI32_AT(UiTileStream, left, 7);
 #undef UI32_WORDS
-#endif /* 32-bit targets */
-
-/* The image record is 32-bit words on every target. */
-UI32_STATIC_ASSERT(offsetof(UiImage32Record, width) == 4 * 2, "UiImage32Record.width is not at word 2");
-UI32_STATIC_ASSERT(offsetof(UiImage32Record, height) == 4 * 3, "UiImage32Record.height is not at word 3");
-UI32_STATIC_ASSERT(offsetof(UiImage32Record, image) == 4 * 37, "UiImage32Record.image is not at word 37");
+#endif
+UI32_ASSERT(sizeof(UiGlyph) == 8, "UiGlyph size");
+UI32_AT(UiImage32Record, width, 2);
+UI32_AT(UiImage32Record, image, 37);
+#undef UI32_AT
 
 #ifdef __cplusplus
 }

@@ -1,182 +1,105 @@
 // hextileRect (slot 24): one rectangle of the Hextile encoding, pulled from
-// the client through its read callback in exactly the order of the encoding,
-// decoded tile by tile into the frame buffer.  The rectangle's tiles are
-// marked once, after its last tile; a failure leaves the tiles decoded so far
-// painted and marks nothing.
+// the client through its read callback in exactly the order of the encoding
+// and decoded tile by tile, 16x16 from the top-left, into the frame buffer.
+// The rectangle's tiles are marked once, after its last tile; a failure
+// leaves the tiles decoded so far painted and marks nothing.
 #include <algorithm>
-#include <cstdint>
 
-#include "../dirtybuf.h"
-#include "../entry.h"
-#include "../ui.h"
-#include "../sourcePixel.h"
+#include "../core/entry.h"
+#include "../core/fills.h"
+#include "../core/pixels.h"
+#include "../core/settings.h"
+#include "../core/surface.h"
 
 namespace {
 
-constexpr int kRectSite = 3673;
-constexpr int kSubencodingSite = 3706;
-constexpr int kRawTileSite = 3713;
-constexpr int kBackgroundSite = 3719;
-constexpr int kForegroundSite = 3724;
-constexpr int kCountSite = 3736;
-constexpr int kColouredTileSite = 3739;
-constexpr int kPlainTileSite = 3743;
-constexpr int kRawReadSite = 3550;
-constexpr int kColouredCountSite = 3593;
-constexpr int kColouredReadSite = 3595;
-constexpr int kPlainCountSite = 3633;
-constexpr int kPlainReadSite = 3635;
+using ui::Site;
 
-constexpr int32_t kTileSide = 16;
-constexpr int32_t kPixelBytes = 4;
-
-// Sub-encoding flags.
-constexpr uint8_t kRaw = 1;
-constexpr uint8_t kBackgroundGiven = 2;
-constexpr uint8_t kForegroundGiven = 4;
-constexpr uint8_t kSubrectsFollow = 8;
-constexpr uint8_t kSubrectsColoured = 16;
-
-// The tile being decoded.  background and foreground carry over from tile to
-// tile within one rectangle.
+// The tile being decoded; background and foreground carry over from tile to
+// tile within the rectangle.
 struct UiHextileTile {
     uint32_t *destination;  // the tile's top-left pixel
     uint32_t stride;
-    int32_t width;          // 1 to 16
-    int32_t height;         // 1 to 16
-    uint32_t background;
-    uint32_t foreground;
+    int32_t width, height;  // 1 to 16
+    uint32_t background, foreground;
     UiReadFn read;
-    ui::PixelFn pixel;  // the sourceByteOrder converters, chosen once
-    ui::RowFn row;      // per rectangle
+    ui::PixelFn pixel;  // the byte order, chosen once per rectangle
+    ui::RowFn row;
+
+    // Exactly n bytes from the client, or false; no callback delivers none.
+    bool pull(uint8_t *buffer, int32_t n) const { return read != nullptr && read(buffer, n) != 0; }
+
+    bool pullPixel(uint32_t &p) const {
+        uint8_t b[4];
+        return pull(b, 4) && (p = pixel(b), true);
+    }
+
+    void fill(int32_t x, int32_t y, int32_t w, int32_t h, uint32_t colour) const {
+        ui::fillArea(ui::rowAt(destination, stride, y) + x, stride, w, h, colour);
+    }
 };
 
-// Exactly n bytes from the client, or false.  A missing callback delivers
-// nothing.
-bool pull(const UiHextileTile &tile, uint8_t *buffer, int32_t n) {
-    return tile.read != nullptr && tile.read(buffer, n) != 0;
-}
-
-bool pullPixel(const UiHextileTile &tile, uint32_t &pixel) {
-    uint8_t bytes[kPixelBytes];
-    if (!pull(tile, bytes, kPixelBytes)) return false;
-    pixel = tile.pixel(bytes);
+// The tile's pixels, row by row, with one read.
+bool hextileRaw(UiHextileTile &t) {
+    uint8_t buffer[16 * 16 * 4];
+    if (!t.pull(buffer, 4 * t.width * t.height)) return ui::fail(Site::hextileRaw);
+    for (int32_t r = 0; r < t.height; ++r) t.row(ui::rowAt(t.destination, t.stride, r), buffer + 4 * t.width * r, t.width);
     return true;
 }
 
-void fillArea(uint32_t *origin, uint32_t stride, int32_t width, int32_t height, uint32_t colour) {
-    for (int32_t r = 0; r < height; ++r) std::fill_n(ui::rowAt(origin, stride, r), width, colour);
-}
-
-bool hextileRaw(UiHextileTile &tile) {
-    uint8_t buffer[kTileSide * kTileSide * kPixelBytes];
-    if (!pull(tile, buffer, tile.width * tile.height * kPixelBytes)) {
-        ui::reportInternal("ui", kRawReadSite);
-        return false;
-    }
-    const uint8_t *src = buffer;
-    for (int32_t r = 0; r < tile.height; ++r, src += tile.width * kPixelBytes)
-        tile.row(ui::rowAt(tile.destination, tile.stride, r), src, tile.width);
-    return true;
-}
-
-// Paints one subrectangle record (xy, wh) when it lies inside the tile;
-// one that does not fit is skipped.
-void paintSubrect(const UiHextileTile &tile, uint8_t xy, uint8_t wh, uint32_t colour) {
-    const int32_t x = xy >> 4, y = xy & 15;
-    const int32_t w = (wh >> 4) + 1, h = (wh & 15) + 1;
-    if (x + w > tile.width || y + h > tile.height) return;
-    fillArea(ui::rowAt(tile.destination, tile.stride, y) + x, tile.stride, w, h, colour);
-}
-
-// The subrectangle operations: checks the count, reads all count records of
-// Record bytes with one call, fills the tile with the background and paints
-// each record with the colour colourOf gives it.  The record's last two bytes
-// are xy and wh.
-template <int32_t Record, int CountSite, int ReadSite, typename ColourOf>
-bool paintSubrects(UiHextileTile &tile, uint32_t count, ColourOf colourOf) {
-    if (count - 1 > 254) {
-        ui::reportInternal("ui", CountSite);
-        return false;
-    }
+// count records of Record bytes (a pixel when coloured, then xy and wh) with
+// one read: the tile takes the background, then each record that fits in it
+// its colour; one that does not fit is skipped.
+template <int32_t Record>
+bool subrects(UiHextileTile &t, uint32_t count, Site countSite, Site readSite) {
+    if (count - 1 > 254) return ui::fail(countSite);
     uint8_t records[255 * Record];
-    if (!pull(tile, records, int32_t(count) * Record)) {
-        ui::reportInternal("ui", ReadSite);
-        return false;
+    if (!t.pull(records, int32_t(count) * Record)) return ui::fail(readSite);
+    t.fill(0, 0, t.width, t.height, t.background);
+    for (const uint8_t *r = records; r != records + count * Record; r += Record) {
+        const int32_t x = r[Record - 2] >> 4, y = r[Record - 2] & 15;
+        const int32_t w = (r[Record - 1] >> 4) + 1, h = (r[Record - 1] & 15) + 1;
+        if (x + w <= t.width && y + h <= t.height) t.fill(x, y, w, h, Record == 2 ? t.foreground : t.pixel(r));
     }
-    fillArea(tile.destination, tile.stride, tile.width, tile.height, tile.background);
-    for (const uint8_t *r = records; r != records + count * Record; r += Record)
-        paintSubrect(tile, r[Record - 2], r[Record - 1], colourOf(r));
     return true;
 }
 
-// Subrectangles in the foreground colour: records of xy, wh.
-bool hextileSubrects(UiHextileTile &tile, uint32_t count) {
-    return paintSubrects<2, kPlainCountSite, kPlainReadSite>(tile, count,
-                                                              [&](const uint8_t *) { return tile.foreground; });
-}
-
-// Subrectangles with their own pixel: records of a pixel, xy, wh.
-bool hextileSubrectsColoured(UiHextileTile &tile, uint32_t count) {
-    return paintSubrects<kPixelBytes + 2, kColouredCountSite, kColouredReadSite>(
-        tile, count, [&](const uint8_t *record) { return tile.pixel(record); });
-}
-
-// Decodes the current tile.  Returns 0, or the entry point's site to report.
-int decodeTile(UiHextileTile &tile) {
-    uint8_t flags;
-    if (!pull(tile, &flags, 1)) return kSubencodingSite;
-    if ((flags & kRaw) != 0) return hextileRaw(tile) ? 0 : kRawTileSite;
-    if ((flags & kBackgroundGiven) != 0 && !pullPixel(tile, tile.background)) return kBackgroundSite;
-    if ((flags & kForegroundGiven) != 0 && !pullPixel(tile, tile.foreground)) return kForegroundSite;
-    if ((flags & kSubrectsFollow) != 0) {
-        uint8_t count;
-        if (!pull(tile, &count, 1)) return kCountSite;
-        if ((flags & kSubrectsColoured) != 0) return hextileSubrectsColoured(tile, count) ? 0 : kColouredTileSite;
-        return hextileSubrects(tile, count) ? 0 : kPlainTileSite;
-    }
-    fillArea(tile.destination, tile.stride, tile.width, tile.height, tile.background);
-    return 0;
+// Flags: 1 raw (nothing else follows), 2 background, 4 foreground, 8
+// subrectangles, 16 coloured ones.  Returns the site to report, or none.
+bool decodeTile(UiHextileTile &t, Site &failed) {
+    uint8_t flags, count;
+    const auto fails = [&](Site s) { return failed = s, false; };
+    if (!t.pull(&flags, 1)) return fails(Site::hextileSubencoding);
+    if (flags & 1) return hextileRaw(t) || fails(Site::hextileRawTile);
+    if ((flags & 2) && !t.pullPixel(t.background)) return fails(Site::hextileBackground);
+    if ((flags & 4) && !t.pullPixel(t.foreground)) return fails(Site::hextileForeground);
+    if ((flags & 8) == 0) return t.fill(0, 0, t.width, t.height, t.background), true;
+    if (!t.pull(&count, 1)) return fails(Site::hextileCountRead);
+    if (flags & 16)
+        return subrects<6>(t, count, Site::hextileColouredCount, Site::hextileColouredRead) ||
+               fails(Site::hextileColouredTile);
+    return subrects<2>(t, count, Site::hextileCount, Site::hextileRead) || fails(Site::hextilePlainTile);
 }
 
 }  // namespace
 
 int32_t ui::hextileRect(imgbuf *image, dirtybuf *dirty, const UiRect *rect, UiReadFn read) {
-    if (image == nullptr || rect == nullptr) {
-        reportInternal("ui", kRectSite);
-        return 0;
-    }
+    if (image == nullptr || rect == nullptr) return fail(Site::hextileRect);
     const UiRect r = *rect;
-    uint32_t *origin = image->writePtr(r.left, r.top, r.width, r.height);
-    if (origin == nullptr) {
-        reportInternal("ui", kRectSite);
-        return 0;
-    }
-
-    UiHextileTile tile{.destination = nullptr,
-                       .stride = image->stride,
-                       .width = 0,
-                       .height = 0,
-                       .background = 0,
-                       .foreground = 0,
-                       .read = read,
-                       .pixel = ui::pixelFor(settings.sourceByteOrder),
-                       .row = ui::rowFor<kPixelBytes>(settings.sourceByteOrder)};
-    // Tiles row by row from the top-left; the last column and row take what
-    // is left.  Steps never pass the rectangle's edge, so nothing wraps.
-    for (int32_t ty = 0; ty < r.height && r.width > 0; ty += tile.height) {
-        tile.height = std::min(kTileSide, r.height - ty);
-        uint32_t *tileRow = rowAt(origin, tile.stride, ty);
-        for (int32_t tx = 0; tx < r.width; tx += tile.width) {
-            tile.width = std::min(kTileSide, r.width - tx);
-            tile.destination = tileRow + tx;
-            const int site = decodeTile(tile);
-            if (site != 0) {
-                reportInternal("ui", site);
-                return 0;
-            }
+    uint32_t *origin = writePtr(*image, r);
+    if (origin == nullptr) return fail(Site::hextileRect);
+    UiHextileTile t{nullptr, image->stride, 0, 0, 0, 0, read, pixelFor(settings.sourceByteOrder),
+                    rowFor(4, settings.sourceByteOrder != 0)};
+    // The last column and row take what is left; steps never pass the edge.
+    for (int32_t ty = 0; ty < r.height && r.width > 0; ty += t.height) {
+        t.height = std::min(16, r.height - ty);
+        for (int32_t tx = 0; tx < r.width; tx += t.width) {
+            t.width = std::min(16, r.width - tx);
+            t.destination = rowAt(origin, t.stride, ty) + tx;
+            Site failed;
+            if (!decodeTile(t, failed)) return fail(failed);
         }
     }
-    markIfGiven(dirty, r.left, r.top, r.width, r.height);
+    markDrawn(dirty, r);
     return 1;
 }

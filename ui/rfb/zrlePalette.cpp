@@ -1,144 +1,93 @@
 // The ZRLE/TRLE palette tiles: packed palette (slot 20, sub-encodings 2-16)
 // and palette run-length (slot 22, sub-encodings 130-255).  A palette of
-// CPIXELs comes first, then packed indices or runs of one index each.
+// CPIXELs comes first, then packed indexes or runs of one index each.
 //
-// Palette entries that the body did not supply are black: the palette array
-// is cleared before it is read, and every index a body can hold (4 bits
-// packed, 7 bits in a run) lies inside the array.  So an index at or beyond
-// the palette size paints 0x000000 and never reads outside the palette.
+// Palette entries that the body did not supply are black: the palette is
+// cleared before it is read, and every index a body can hold (4 bits packed,
+// 7 in a run) lies inside the array, so nothing outside it is ever read.
 #include <array>
-#include <cstdint>
 
-#include "../entry.h"
-#include "tileStream.h"
+#include "../core/entry.h"
+#include "tiles.h"
 
 namespace {
 
-using namespace ui::rfb;
+using ui::Line;
+using ui::Site;
 
-constexpr int kPackedSizeSite = 3148;
-constexpr int kPackedPaletteLine = 3160;  // and 3161, 3162
-constexpr int kPackedImageSite = 3170;
-constexpr int kPackedNullSite1 = 3181;
-constexpr int kPackedNullSite2 = 3226;
-constexpr int kPackedNullSite4 = 3267;
-constexpr int kRlePaletteLine = 3384;  // and 3385, 3386
-constexpr int kRleImageSite = 3394;
-constexpr int kRleRunSite = 3421;
-
-constexpr int32_t kMaxPackedPalette = 16;
-constexpr int32_t kMaxRlePalette = 127;
-
-using PackedPalette = std::array<uint32_t, kMaxPackedPalette>;     // 4-bit indices: 0-15
-using RlePalette = std::array<uint32_t, kMaxRlePalette + 1>;       // 7-bit indices: 0-127
-
-// Reads `size` CPIXELs (the caller checked that 3 x size bytes are there),
-// one readU8 per byte, each naming its own caller line; the rest stay black.
+// `size` CPIXELs (the caller checked that 3 x size bytes are there), each
+// byte one readU8 naming its own line.
 template <size_t N>
-void readPalette(ui::streamIn &in, int32_t size, std::array<uint32_t, N> &palette, int firstLine) {
-    palette.fill(0);
+std::array<uint32_t, N> readPalette(ui::streamIn &in, int32_t size, Line first) {
+    std::array<uint32_t, N> palette{};
     for (int32_t i = 0; i < size; ++i) {
-        const uint32_t b0 = in.readU8("ui", firstLine);
-        const uint32_t b1 = in.readU8("ui", firstLine + 1);
-        const uint32_t b2 = in.readU8("ui", firstLine + 2);
-        palette[size_t(i)] = b0 | (b1 << 8) | (b2 << 16);
+        const uint32_t b0 = in.readU8(ui::lineOf(first)), b1 = in.readU8(ui::lineOf(first) + 1);
+        palette[size_t(i)] = b0 | b1 << 8 | uint32_t(in.readU8(ui::lineOf(first) + 2)) << 16;
     }
+    return palette;
 }
 
-// Bits per packed index for a palette of `size` (0 to 16) entries.
-int indexBits(int32_t size) { return size <= 2 ? 1 : size <= 4 ? 2 : 4; }
-
-int nullSite(int bits) { return bits == 1 ? kPackedNullSite1 : bits == 2 ? kPackedNullSite2 : kPackedNullSite4; }
-
-// Bytes of one packed row: every row starts on a new byte.
-int64_t packedRowBytes(int32_t width, int bits) {
-    const int64_t perByte = 8 / bits;
-    return (int64_t(width) + perByte - 1) / perByte;
-}
-
-// Expands one packed row: whole bytes of 8 / Bits pixels each, first pixel in
-// the most significant bits, then the partial last byte, whose bits beyond
-// the width are ignored.
+// One packed row: whole bytes of 8 / Bits pixels, first pixel in the top
+// bits, then the partial last byte, whose bits beyond the width are ignored.
 template <int Bits>
-void expandRow(uint32_t *dst, const uint8_t *src, int32_t width, const PackedPalette &palette) {
+void expandRow(uint32_t *d, const uint8_t *s, int32_t width, const std::array<uint32_t, 16> &palette) {
     constexpr int kPerByte = 8 / Bits;
-    constexpr uint32_t kMask = (1u << Bits) - 1;
-    const int32_t whole = width / kPerByte;
-    for (int32_t i = 0; i < whole; ++i, dst += kPerByte) {
-        const uint32_t byte = *src++;
-        for (int k = 0; k < kPerByte; ++k) dst[k] = palette[(byte >> (8 - Bits * (k + 1))) & kMask];
-    }
-    const int rest = int(width % kPerByte);
-    if (rest == 0) return;
-    const uint32_t byte = *src;
-    for (int k = 0; k < rest; ++k) dst[k] = palette[(byte >> (8 - Bits * (k + 1))) & kMask];
-}
-
-template <int Bits>
-void expandRows(uint32_t *origin, uint32_t stride, int32_t width, int32_t height, const uint8_t *src,
-                int64_t rowBytes, const PackedPalette &palette) {
-    for (int32_t r = 0; r < height; ++r, src += rowBytes)
-        expandRow<Bits>(ui::rowAt(origin, stride, r), src, width, palette);
+    const auto expand = [&](uint32_t byte, int n) {
+        for (int k = 0; k < n; ++k) *d++ = palette[(byte >> (8 - Bits * (k + 1))) & ((1u << Bits) - 1)];
+    };
+    for (int32_t i = 0; i < width / kPerByte; ++i) expand(*s++, kPerByte);
+    if (width % kPerByte != 0) expand(*s, width % kPerByte);
 }
 
 }  // namespace
 
+// Negative sizes are refused with those above 16; sizes 0 and 1 use 1-bit
+// indexes.
 int32_t ui::zrlePackedPaletteTile(UiTileStream *tile, int32_t size) {
-    // Negative sizes are refused with the sizes above 16.
-    if (tile == nullptr || uint32_t(size) > uint32_t(kMaxPackedPalette)) return reject(kPackedSizeSite);
-    const int bits = indexBits(size);
-    TileInput input(*tile);
-    if (!input.has(3 * int64_t(size))) return kShortBody;
-    if (size > 0 && input.missing()) return reject(nullSite(bits));
-    PackedPalette palette;
-    readPalette(input.in, size, palette, kPackedPaletteLine);
-
+    if (tile == nullptr || uint32_t(size) > 16u) return reject(Site::packedSize);
+    const int bits = size <= 2 ? 1 : size <= 4 ? 2 : 4;
+    const Site nullSite = bits == 1 ? Site::packedNull1 : bits == 2 ? Site::packedNull2 : Site::packedNull4;
+    TileInput in(*tile);
+    if (!in.has(3 * int64_t(size))) return kShortBody;
+    if (size > 0 && in.ptr == nullptr) return reject(nullSite);
+    const auto palette = readPalette<16>(in, size, Line::packedPalette);
     uint32_t *origin = tileDestination(*tile);
-    if (origin == nullptr) return reject(kPackedImageSite);
-    const int64_t rowBytes = packedRowBytes(tile->width, bits);
-    const int64_t need = rowBytes * tile->height;
-    if (!input.has(need)) return kShortBody;
-    const uint8_t *indices = input.in.ptr;
-    input.pass(int32_t(need));
-    if (indices == nullptr) return reject(nullSite(bits));
+    if (origin == nullptr) return reject(Site::packedTile);
 
-    const uint32_t stride = tile->image->stride;
-    if (bits == 1)
-        expandRows<1>(origin, stride, tile->width, tile->height, indices, rowBytes, palette);
-    else if (bits == 2)
-        expandRows<2>(origin, stride, tile->width, tile->height, indices, rowBytes, palette);
-    else
-        expandRows<4>(origin, stride, tile->width, tile->height, indices, rowBytes, palette);
-    markTile(*tile);
-    return kPainted;
+    const int64_t rowBytes = (int64_t(tile->width) * bits + 7) / 8;
+    if (!in.has(rowBytes * tile->height)) return kShortBody;
+    const uint8_t *indexes = in.take(rowBytes * tile->height);
+    if (indexes == nullptr) return reject(nullSite);
+    const auto expand = bits == 1 ? expandRow<1> : bits == 2 ? expandRow<2> : expandRow<4>;
+    for (int32_t r = 0; r < tile->height; ++r)
+        expand(rowAt(origin, tile->image->stride, r), indexes + size_t(rowBytes) * size_t(r), tile->width, palette);
+    return painted(*tile);
 }
 
+// Sub-encodings outside 128-255 would name a palette the array cannot hold.
 int32_t ui::zrlePaletteRleTile(UiTileStream *tile, int32_t subencoding) {
-    // Sub-encodings outside 128-255 would name a palette the array cannot hold.
     const uint32_t size = uint32_t(subencoding) - 128u;
-    if (tile == nullptr || size > uint32_t(kMaxRlePalette)) return reject(kRleImageSite);
-    TileInput input(*tile);
-    if (!input.has(3 * int64_t(size))) return kShortBody;
-    if (size > 0 && input.missing()) return reject(kRleImageSite);
-    RlePalette palette;
-    readPalette(input.in, int32_t(size), palette, kRlePaletteLine);
-
+    if (tile == nullptr || size > 127u) return reject(Site::paletteRleTile);
+    TileInput in(*tile);
+    if (!in.has(3 * int64_t(size))) return kShortBody;
+    if (size > 0 && in.ptr == nullptr) return reject(Site::paletteRleTile);
+    const auto palette = readPalette<128>(in, int32_t(size), Line::rlePalette);
     uint32_t *origin = tileDestination(*tile);
-    if (origin == nullptr) return reject(kRleImageSite);
+    if (origin == nullptr) return reject(Site::paletteRleTile);
+
     RunWriter out(origin, tile->image->stride, tile->width);
-    for (int64_t toPaint = tileArea(*tile); toPaint > 0;) {
-        if (!input.has(1)) return kShortBody;
-        if (input.missing()) return reject(kRleImageSite);
-        uint32_t index = *input.take(1);
+    for (int64_t toPaint = int64_t(tile->width) * tile->height; toPaint > 0;) {
+        uint8_t index;
+        if (!in.has(1)) return kShortBody;
+        if (!in.next(index)) return reject(Site::paletteRleTile);  // a null ptr
         int64_t run = 1;
         if (index >= 128) {
-            if (!input.takeRunLength(run)) return kShortBody;
-            if (run > toPaint) return reject(kRleRunSite);
+            if (!in.runLength(run)) return kShortBody;
+            if (run > toPaint) return reject(Site::paletteRleRun);
             index -= 128;
         }
         toPaint -= run;
         out.put(palette[index], run);
     }
-    markTile(*tile);
-    return kPainted;
+    return painted(*tile);
 }

@@ -1,95 +1,62 @@
 // The ZRLE/TRLE tile bodies that carry their pixels directly: solid (slot 19),
 // raw (slot 18) and plain run-length (slot 21).  Each paints one tile at the
-// record's position, advances the record's ptr / left past what it consumed
-// and returns 1 (painted), 0 (body too short, nothing reported) or -1
-// (rejected, reported).
-#include <algorithm>
-#include <cstdint>
-
-#include "../entry.h"
-#include "../sourcePixel.h"
-#include "tileStream.h"
-
-namespace {
-
-using namespace ui::rfb;
-
-constexpr int kSolidSite = 3127;
-constexpr int kRawNullSite = 3086;
-constexpr int kRawImageSite = 3089;
-constexpr int kPlainRleImageSite = 3306;
-constexpr int kPlainRleRunSite = 3347;
-
-void paintSolid(uint32_t *origin, uint32_t stride, int32_t width, int32_t height, uint32_t colour) {
-    for (int32_t r = 0; r < height; ++r) std::fill_n(ui::rowAt(origin, stride, r), width, colour);
-}
-
-// Converts width x height packed three-byte pixels, row by row, with the
-// byte order chosen once for the tile.
-void paintRaw(uint32_t *origin, uint32_t stride, int32_t width, int32_t height, const uint8_t *src) {
-    const ui::RowFn convert = ui::rowFor<3>(ui::settings.sourceByteOrder);
-    const size_t rowBytes = 3 * size_t(width);
-    for (int32_t r = 0; r < height; ++r, src += rowBytes) convert(ui::rowAt(origin, stride, r), src, width);
-}
-
-// Body bytes of a raw tile: three per pixel.  A negative width or height
-// counts as no bytes at all (the image check then refuses the tile), and a
-// tile of more pixels than any body can hold needs more than any `left`.
-int64_t rawBodySize(int32_t width, int32_t height) {
-    if (width < 0 || height < 0) return 0;
-    const int64_t pixels = int64_t(width) * int64_t(height);
-    return pixels > INT32_MAX ? int64_t(INT32_MAX) + 1 : 3 * pixels;
-}
-
-}  // namespace
+// record's position, advances the record past what it consumed and returns 1
+// (painted), 0 (body too short, not reported) or -1 (rejected, reported).
+// Where a byte would have to be read from a null ptr the tile is rejected at
+// its first site with nothing consumed.
+#include "../core/entry.h"
+#include "../core/fills.h"
+#include "../core/pixels.h"
+#include "tiles.h"
 
 int32_t ui::zrleSolidTile(UiTileStream *tile) {
-    if (tile == nullptr) return reject(kSolidSite);
-    TileInput input(*tile);
-    if (!input.has(3)) return kShortBody;
-    if (input.missing()) return reject(kSolidSite);
-    const uint32_t colour = cpixel(input.take(3));
-
+    if (tile == nullptr) return reject(Site::solidTile);
+    TileInput in(*tile);
+    if (!in.has(3)) return kShortBody;
+    if (in.ptr == nullptr) return reject(Site::solidTile);
+    const uint32_t colour = cpixel(in.take(3));
     uint32_t *origin = tileDestination(*tile);
-    if (origin == nullptr) return reject(kSolidSite);
-    paintSolid(origin, tile->image->stride, tile->width, tile->height, colour);
-    markTile(*tile);
-    return kPainted;
+    if (origin == nullptr) return reject(Site::solidTile);
+    fillArea(origin, tile->image->stride, tile->width, tile->height, colour);
+    return painted(*tile);
 }
 
+// Three bytes per pixel in the byte order of sourceByteOrder.  A negative size
+// needs no bytes (the image check then refuses the tile); a tile of more
+// pixels than any body holds needs more than any `left`.
 int32_t ui::zrleRawTile(UiTileStream *tile) {
-    if (tile == nullptr) return reject(kRawNullSite);
-    TileInput input(*tile);
-    const int64_t need = rawBodySize(tile->width, tile->height);
-    if (!input.has(need)) return kShortBody;
-    const uint8_t *body = input.in.ptr;
-    input.pass(int32_t(need));
-    if (body == nullptr) return reject(kRawNullSite);
-
+    if (tile == nullptr) return reject(Site::rawTileNull);
+    TileInput in(*tile);
+    const int32_t w = tile->width, h = tile->height;
+    const int64_t pixels = w < 0 || h < 0 ? 0 : int64_t(w) * h;
+    const int64_t need = pixels > INT32_MAX ? int64_t(INT32_MAX) + 1 : 3 * pixels;
+    if (!in.has(need)) return kShortBody;
+    const uint8_t *body = in.take(need);
+    if (body == nullptr) return reject(Site::rawTileNull);
     uint32_t *origin = tileDestination(*tile);
-    if (origin == nullptr) return reject(kRawImageSite);
-    paintRaw(origin, tile->image->stride, tile->width, tile->height, body);
-    markTile(*tile);
-    return kPainted;
+    if (origin == nullptr) return reject(Site::rawTile);
+    const RowFn convert = rowFor(3, settings.sourceByteOrder != 0);
+    for (int32_t r = 0; r < h; ++r) convert(rowAt(origin, tile->image->stride, r), body + 3 * size_t(w) * size_t(r), w);
+    return painted(*tile);
 }
 
+// Runs of a CPIXEL and a run length until the tile is covered; bytes after
+// it are not consumed.
 int32_t ui::zrlePlainRleTile(UiTileStream *tile) {
-    if (tile == nullptr) return reject(kPlainRleImageSite);
+    if (tile == nullptr) return reject(Site::plainRleTile);
     uint32_t *origin = tileDestination(*tile);
-    if (origin == nullptr) return reject(kPlainRleImageSite);
-
-    TileInput input(*tile);
+    if (origin == nullptr) return reject(Site::plainRleTile);
+    TileInput in(*tile);
     RunWriter out(origin, tile->image->stride, tile->width);
-    for (int64_t toPaint = tileArea(*tile); toPaint > 0;) {
-        if (!input.has(3)) return kShortBody;
-        if (input.missing()) return reject(kPlainRleImageSite);
-        const uint32_t colour = cpixel(input.take(3));
+    for (int64_t toPaint = int64_t(tile->width) * tile->height; toPaint > 0;) {
+        if (!in.has(3)) return kShortBody;
+        if (in.ptr == nullptr) return reject(Site::plainRleTile);
+        const uint32_t colour = cpixel(in.take(3));
         int64_t run;
-        if (!input.takeRunLength(run)) return kShortBody;
-        if (run > toPaint) return reject(kPlainRleRunSite);
+        if (!in.runLength(run)) return kShortBody;
+        if (run > toPaint) return reject(Site::plainRleRun);
         toPaint -= run;
         out.put(colour, run);
     }
-    markTile(*tile);
-    return kPainted;
+    return painted(*tile);
 }

@@ -1,0 +1,52 @@
+// Source pixels into frame-buffer words.  "Low first": byte 0 to bits 0-7,
+// byte 2 to bits 16-23 (bitmaps, CPIXELs, and sourceByteOrder non-zero);
+// "high first" the other way round (sourceByteOrder zero).  Bytes past the
+// third are ignored and bits 24-31 come out zero.
+#pragma once
+
+#include <bit>
+#include <cstdint>
+#include <cstring>
+
+namespace ui {
+
+static_assert(std::endian::native == std::endian::little, "pixel words are little-endian");
+
+inline uint32_t lowFirst(const uint8_t *b) { return uint32_t(b[0]) | (uint32_t(b[1]) << 8) | (uint32_t(b[2]) << 16); }
+inline uint32_t highFirst(const uint8_t *b) { return (uint32_t(b[0]) << 16) | (uint32_t(b[1]) << 8) | uint32_t(b[2]); }
+
+using PixelFn = uint32_t (*)(const uint8_t *);
+inline PixelFn pixelFor(uint8_t sourceByteOrder) { return sourceByteOrder != 0 ? lowFirst : highFirst; }
+
+// Pixels of four bytes or more are loaded as whole words (the fourth byte
+// exists and is dropped): a mask, or a byte reversal and a shift.
+inline uint32_t wordAt(const uint8_t *b) {
+    uint32_t w;
+    std::memcpy(&w, b, 4);
+    return w;
+}
+inline uint32_t lowFirstWord(const uint8_t *b) { return wordAt(b) & 0xffffff; }
+inline uint32_t highFirstWord(const uint8_t *b) { return __builtin_bswap32(wordAt(b)) >> 8; }
+
+// n packed source pixels of `step` bytes each into n words.
+using RowFn = void (*)(uint32_t *dst, const uint8_t *src, int32_t n);
+
+template <PixelFn Pixel, int Step>
+void convertRow(uint32_t *__restrict dst, const uint8_t *__restrict src, int32_t n) {
+    for (int32_t i = 0; i < n; ++i) dst[i] = Pixel(src + Step * i);
+}
+
+// The row converter for pixels of `step` (3 or more) bytes.
+inline RowFn rowFor(int32_t step, bool low) {
+    if (step == 4) return low ? convertRow<lowFirstWord, 4> : convertRow<highFirstWord, 4>;
+    if (step == 3) return low ? convertRow<lowFirst, 3> : convertRow<highFirst, 3>;
+    return nullptr;
+}
+
+// Stored bitmap pixels (first three bytes, low first) of any depth from 3 on.
+inline void convertStored(uint32_t *dst, const uint8_t *src, int32_t n, int32_t step) {
+    if (const RowFn row = rowFor(step, true)) return row(dst, src, n);
+    for (int32_t i = 0; i < n; ++i) dst[i] = lowFirst(src + size_t(step) * size_t(i));
+}
+
+}  // namespace ui
