@@ -31,6 +31,12 @@ inline void put(uint8_t *p, uint8_t v) {
     }
 }
 
+// Pixel i = red[i] << 16 | green[i] << 8 | blue[i].
+void mergePlanes(uint32_t *__restrict out, const uint8_t *__restrict red, const uint8_t *__restrict green,
+                 const uint8_t *__restrict blue, int32_t n) {
+    for (uint32_t *end = out + n; out != end;) *out++ = uint32_t(*red++) << 16 | uint32_t(*green++) << 8 | *blue++;
+}
+
 class PlanarDecoder : public ui::rlecontext {
 public:
     explicit PlanarDecoder(const rlecontext &c) : rlecontext(c) {}
@@ -124,11 +130,11 @@ private:
     // Three planes of n bytes (after the alpha plane's n, not checked on
     // their own); what follows them is ignored.
     int32_t rawPlanes(bool alpha) {
-        const int64_t n = dstSize / 4;
-        const uint8_t *planes = stream.take((alpha ? 4 : 3) * n);
+        const int32_t n = dstSize / 4;
+        const uint8_t *planes = stream.take((alpha ? 4 : 3) * int64_t(n));
         if (planes == nullptr) return ui::fail(Site::rawPlanes);
-        const uint8_t *red = planes + (alpha ? n : 0), *green = red + n, *blue = green + n;
-        for (int64_t i = 0; i < n; ++i) dst[i] = uint32_t(red[i]) << 16 | uint32_t(green[i]) << 8 | blue[i];
+        const uint8_t *red = planes + (alpha ? n : 0);
+        mergePlanes(dst, red, red + n, red + 2 * n, n);
         dstPos = dstSize;
         return 1;
     }
