@@ -19,7 +19,7 @@ struct SnapContext {
     Client *client;
 };
 
-Client &owner(rdpContext *context) { return *reinterpret_cast<SnapContext *>(context)->client; }
+Client &owner(rdpContext *context) { return Client::of(context); }
 
 // What ui32 draws: counted (as an update or an order), then mapped.
 #define MAPPED(Type, kind, Name, method)                    \
@@ -41,6 +41,8 @@ BOOL onPostConnect(freerdp *instance) { return owner(instance->context).postConn
 BOOL authenticate(freerdp *, char **, char **, char **) { return TRUE; }
 
 }  // namespace
+
+Client &Client::of(rdpContext *context) { return *reinterpret_cast<SnapContext *>(context)->client; }
 
 Client::Client(const UiDrawTable &table, Options options)
     : options_(std::move(options)), canvas_(table), mapper_(canvas_, caches_, options_.bpp) {
@@ -109,12 +111,25 @@ void Client::preConnect() {
 }
 
 bool Client::postConnect() {
-    rdpUpdate *u = instance_->update;
     rdpSettings *s = instance_->settings;
     if (s->ColorDepth != options_.bpp) {
         error_ = "the server chose " + std::to_string(s->ColorDepth) + "-bit colour";
         return false;
     }
+    rdpUpdate *u = instance_->update;
+    // Updates FreeRDP treats as failed when nobody takes them.
+    u->BeginPaint = u->EndPaint = u->Synchronize = [](rdpContext *) -> BOOL { return TRUE; };
+    u->SaveSessionInfo = [](rdpContext *c, UINT32, void *) -> BOOL { return owner(c).count(Client::kUpdate, "SaveSessionInfo"); };
+    u->ServerStatusInfo = [](rdpContext *c, UINT32) -> BOOL { return owner(c).count(Client::kUpdate, "ServerStatusInfo"); };
+    u->SetKeyboardIndicators = [](rdpContext *c, UINT16) -> BOOL { return owner(c).count(Client::kUpdate, "SetKeyboardIndicators"); };
+    u->SetKeyboardImeStatus = [](rdpContext *c, UINT16, UINT32, UINT32) -> BOOL { return owner(c).count(Client::kUpdate, "SetKeyboardImeStatus"); };
+    u->PlaySound = COUNTED(const PLAY_SOUND_UPDATE, Client::kUpdate, "PlaySound");
+    return attachDrawing();
+}
+
+bool Client::attachDrawing() {
+    rdpUpdate *u = instance_->update;
+    rdpSettings *s = instance_->settings;
     canvas_.resize(int32_t(s->DesktopWidth), int32_t(s->DesktopHeight));
     u->SetBounds = [](rdpContext *c, const rdpBounds *b) -> BOOL {
         owner(c).drawing().setBounds(b != nullptr ? &b->left : nullptr);
@@ -125,13 +140,6 @@ bool Client::postConnect() {
         owner(c).drawing().resize(int32_t(c->settings->DesktopWidth), int32_t(c->settings->DesktopHeight));
         return owner(c).count(Client::kUpdate, "DesktopResize");
     };
-    // Updates FreeRDP treats as failed when nobody takes them.
-    u->SaveSessionInfo = [](rdpContext *c, UINT32, void *) -> BOOL { return owner(c).count(Client::kUpdate, "SaveSessionInfo"); };
-    u->ServerStatusInfo = [](rdpContext *c, UINT32) -> BOOL { return owner(c).count(Client::kUpdate, "ServerStatusInfo"); };
-    u->SetKeyboardIndicators = [](rdpContext *c, UINT16) -> BOOL { return owner(c).count(Client::kUpdate, "SetKeyboardIndicators"); };
-    u->SetKeyboardImeStatus = [](rdpContext *c, UINT16, UINT32, UINT32) -> BOOL { return owner(c).count(Client::kUpdate, "SetKeyboardImeStatus"); };
-    u->BeginPaint = u->EndPaint = u->Synchronize = [](rdpContext *) -> BOOL { return TRUE; };
-    u->PlaySound = COUNTED(const PLAY_SOUND_UPDATE, Client::kUpdate, "PlaySound");
     u->pointer->PointerLarge = COUNTED(const POINTER_LARGE_UPDATE, Client::kUpdate, "PointerLarge");
     u->Palette = COUNTED(const PALETTE_UPDATE, Client::kUpdate, "Palette");
     u->SurfaceBits = COUNTED(const SURFACE_BITS_COMMAND, Client::kUpdate, "SurfaceBits (not drawn)");
@@ -180,7 +188,13 @@ bool Client::count(Kind kind, const char *name) {
 
 bool Client::mapped(bool ok) {
     if (!ok && error_.empty()) error_ = "malformed server stream: " + mapper_.error();
+    drew();
     return ok;
+}
+
+void Client::drew() {
+    drawn_ = true;
+    lastActivity_ = Clock::now();
 }
 
 bool Client::run() {
@@ -217,9 +231,7 @@ bool Client::loop() {
         }
         const Clock::time_point now = Clock::now();
         if (now >= deadline) return true;
-        bool drawn = false;
-        for (int slot = 0; slot < UI_SLOT_COUNT; ++slot) drawn = drawn || canvas_.slotCalls(slot) > 0;
-        const bool quiet = drawn && now - lastActivity_ >= kQuiet;
+        const bool quiet = drawn_ && now - lastActivity_ >= kQuiet;
         if (nextEvent_ < options_.script.size()) {
             if (scriptStarted_ || quiet) replayDue(now);
         } else if (quiet) {

@@ -17,6 +17,8 @@
 #include "script.h"
 
 struct rdp_freerdp;
+struct rdp_context;
+typedef struct rdp_context rdpContext;
 
 namespace rdpsnap {
 
@@ -33,7 +35,7 @@ struct Options {
 class Client {
 public:
     Client(const UiDrawTable &table, Options options);
-    ~Client();
+    virtual ~Client();
     Client(const Client &) = delete;
     Client &operator=(const Client &) = delete;
 
@@ -50,6 +52,9 @@ public:
     const std::map<std::string, uint64_t> &updates() const { return updates_; }
     const std::map<std::string, uint64_t> &orders() const { return orders_; }
 
+    // The client of a FreeRDP context created by this class.
+    static Client &of(rdpContext *context);
+
     // Called by the FreeRDP callbacks (client.cpp).
     void preConnect();
     bool postConnect();
@@ -58,6 +63,14 @@ public:
     bool mapped(bool ok);
     Mapper &mapping() { return mapper_; }
     Canvas &drawing() { return canvas_; }
+
+protected:
+    // Takes over FreeRDP's update callbacks once connected: here every
+    // update and order goes to the Mapper.  A reference renderer in the
+    // tests draws with FreeRDP's GDI instead, calling drew() as it paints.
+    virtual bool attachDrawing();
+    void drew();
+    rdp_freerdp *instance() { return instance_; }
 
 private:
     using Clock = std::chrono::steady_clock;
@@ -71,6 +84,7 @@ private:
     rdp_freerdp *instance_ = nullptr;
     std::string error_;
     bool settled_ = false;
+    bool drawn_ = false;
     std::map<std::string, uint64_t> updates_, orders_;
     Clock::time_point lastActivity_;
     size_t nextEvent_ = 0;

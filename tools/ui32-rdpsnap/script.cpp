@@ -68,12 +68,11 @@ bool parseScript(const std::string &text, std::vector<InputEvent> &events, std::
         bool ok = true;
         if (verb == "wait" && (ok = bool(words >> a) && a >= 0)) {
             events.push_back({InputEvent::kWait, uint32_t(a), false, 0, 0});
-        } else if ((verb == "move" || verb == "click") && (ok = bool(words >> a >> b) && a >= 0 && b >= 0)) {
+        } else if ((verb == "move" || verb == "click" || verb == "press") &&
+                   (ok = bool(words >> a >> b) && a >= 0 && b >= 0)) {
             pointer(events, PTR_FLAGS_MOVE, a, b);
-            if (verb == "click") {
-                pointer(events, PTR_FLAGS_BUTTON1 | PTR_FLAGS_DOWN, a, b);
-                pointer(events, PTR_FLAGS_BUTTON1, a, b);
-            }
+            if (verb != "move") pointer(events, PTR_FLAGS_BUTTON1 | PTR_FLAGS_DOWN, a, b);
+            if (verb == "click") pointer(events, PTR_FLAGS_BUTTON1, a, b);
         } else if (verb == "drag" && (ok = bool(words >> a >> b >> c >> d) && a >= 0 && b >= 0 && c >= 0 && d >= 0)) {
             pointer(events, PTR_FLAGS_MOVE, a, b);
             pointer(events, PTR_FLAGS_BUTTON1 | PTR_FLAGS_DOWN, a, b);

@@ -4,6 +4,7 @@
 //   wait MS            pause
 //   move X Y           pointer motion
 //   click X Y          left button down and up at X, Y
+//   press X Y          left button down at X, Y (and kept down)
 //   drag X1 Y1 X2 Y2   left button down at X1, Y1, motion, up at X2, Y2
 //   key NAME           one key by its virtual-key name without "VK_" (RETURN, NEXT, F1 ...)
 //   type TEXT          the rest of the line as US-layout key strokes
