@@ -71,7 +71,7 @@ same() { "$compare" "$1" "$2" || fail "$1 and $2 differ"; }
 shadow() {
     need Xvfb freerdp-shadow-cli xwd xterm xsetroot xdpyinfo
     display=:73 port=33891
-    start Xvfb $display -screen 0 1024x768x24 -nolisten tcp
+    start Xvfb $display -screen 0 1024x768x24 -nolisten tcp -noreset
     export DISPLAY=$display
     wait_for 10 xdpyinfo || fail "Xvfb did not start"
     xsetroot -solid '#305c8a'
@@ -117,7 +117,7 @@ xrdp_session() {
     start xrdp-sesman --nodaemon --config "$PWD/sesman.ini"
     wait_for 10 listening 3350 || wait_for 1 sh -c 'ss -ltn | grep -q ":3350 "' || fail "sesman did not start"
     cached=$([ "$bpp" = 32 ] && echo planar || echo interleaved)
-    snap "$bpp" CacheBitmapV2 MemBlt "cached_$cached" -- -u "$user" -p "$password" 127.0.0.1:$port snap.png
+    snap "$bpp" CacheBitmapV2 MemBlt "cached_$cached" -- -s 800x600 -u "$user" -p "$password" 127.0.0.1:$port snap.png
     display=$(sed -n 's/.*Session started successfully for user .* on display \([0-9]*\).*/\1/p' sesman.log | tail -1)
     [ -n "$display" ] || fail "no session display in sesman.log"
     DISPLAY=:$display XAUTHORITY=/home/$user/.Xauthority xwd -root -silent > screen.xwd || fail "xwd failed"
