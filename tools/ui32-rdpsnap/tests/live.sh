@@ -46,7 +46,7 @@ wait_for() { # wait_for SECONDS COMMAND...
         n=$((n - 1)); [ $n -gt 0 ] || return 1; sleep 0.2
     done
 }
-listening() { ss -ltn "sport = :$1" | grep -q "127.0.0.1:$1"; }
+listening() { ss -ltn "sport = :$1" | grep -Eq "(127\.0\.0\.1|\[::1\]):$1 "; }
 
 # snap BPP EXPECTED... [-- TOOL ARGUMENTS]: runs ui32-rdpsnap, prints its
 # counts, requires success (it fails on library reports and on a connection
@@ -115,7 +115,7 @@ xrdp_session() {
     install -o "$user" -m 755 "$here/startwm.sh" "/home/$user/startwm.sh"
     sed "s|@WORK@|$PWD|" "$here/sesman.ini" > sesman.ini
     start xrdp-sesman --nodaemon --config "$PWD/sesman.ini"
-    wait_for 10 listening 3350 || wait_for 1 sh -c 'ss -ltn | grep -q ":3350 "' || fail "sesman did not start"
+    wait_for 10 listening 3350 || fail "sesman did not start"
     cached=$([ "$bpp" = 32 ] && echo planar || echo interleaved)
     snap "$bpp" CacheBitmapV2 MemBlt "cached_$cached" -- -s 800x600 -u "$user" -p "$password" 127.0.0.1:$port snap.png
     display=$(sed -n 's/.*Session started successfully for user .* on display \([0-9]*\).*/\1/p' sesman.log | tail -1)
