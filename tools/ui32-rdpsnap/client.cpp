@@ -119,10 +119,18 @@ bool Client::postConnect() {
     rdpUpdate *u = instance_->update;
     // Updates FreeRDP treats as failed when nobody takes them.
     u->BeginPaint = u->EndPaint = u->Synchronize = [](rdpContext *) -> BOOL { return TRUE; };
-    u->SaveSessionInfo = [](rdpContext *c, UINT32, void *) -> BOOL { return owner(c).count(Client::kUpdate, "SaveSessionInfo"); };
-    u->ServerStatusInfo = [](rdpContext *c, UINT32) -> BOOL { return owner(c).count(Client::kUpdate, "ServerStatusInfo"); };
-    u->SetKeyboardIndicators = [](rdpContext *c, UINT16) -> BOOL { return owner(c).count(Client::kUpdate, "SetKeyboardIndicators"); };
-    u->SetKeyboardImeStatus = [](rdpContext *c, UINT16, UINT32, UINT32) -> BOOL { return owner(c).count(Client::kUpdate, "SetKeyboardImeStatus"); };
+    u->SaveSessionInfo = [](rdpContext *c, UINT32, void *) -> BOOL {
+        return owner(c).count(Client::kUpdate, "SaveSessionInfo");
+    };
+    u->ServerStatusInfo = [](rdpContext *c, UINT32) -> BOOL {
+        return owner(c).count(Client::kUpdate, "ServerStatusInfo");
+    };
+    u->SetKeyboardIndicators = [](rdpContext *c, UINT16) -> BOOL {
+        return owner(c).count(Client::kUpdate, "SetKeyboardIndicators");
+    };
+    u->SetKeyboardImeStatus = [](rdpContext *c, UINT16, UINT32, UINT32) -> BOOL {
+        return owner(c).count(Client::kUpdate, "SetKeyboardImeStatus");
+    };
     u->PlaySound = COUNTED(const PLAY_SOUND_UPDATE, Client::kUpdate, "PlaySound");
     return attachDrawing();
 }
@@ -204,7 +212,8 @@ bool Client::run() {
     }
     if (!freerdp_connect(instance_)) {
         if (error_.empty())
-            error_ = std::string("cannot connect: ") + freerdp_get_last_error_string(freerdp_get_last_error(instance_->context));
+            error_ = std::string("cannot connect: ") +
+                     freerdp_get_last_error_string(freerdp_get_last_error(instance_->context));
         return false;
     }
     const bool ok = loop();

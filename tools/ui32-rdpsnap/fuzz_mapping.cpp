@@ -120,7 +120,8 @@ bool step(Input &in, rdpsnap::Canvas &canvas, rdpsnap::Mapper &m, uint32_t bpp) 
         }
         case 6: {
             LINE_TO_ORDER o{};
-            o.nXStart = in.coordinate(), o.nYStart = in.coordinate(), o.nXEnd = in.coordinate(), o.nYEnd = in.coordinate();
+            o.nXStart = in.coordinate(), o.nYStart = in.coordinate();
+            o.nXEnd = in.coordinate(), o.nYEnd = in.coordinate();
             o.bRop2 = in.u8(), o.penStyle = in.u8() % 3 == 0, o.penWidth = in.u8() % 3, o.penColor = in.colour();
             return m.lineTo(o);
         }

@@ -76,7 +76,8 @@ bool parseScript(const std::string &text, std::vector<InputEvent> &events, std::
         } else if (verb == "drag" && (ok = bool(words >> a >> b >> c >> d) && a >= 0 && b >= 0 && c >= 0 && d >= 0)) {
             pointer(events, PTR_FLAGS_MOVE, a, b);
             pointer(events, PTR_FLAGS_BUTTON1 | PTR_FLAGS_DOWN, a, b);
-            for (int step = 1; step <= 4; ++step) pointer(events, PTR_FLAGS_MOVE, a + (c - a) * step / 4, b + (d - b) * step / 4);
+            for (int step = 1; step <= 4; ++step)
+                pointer(events, PTR_FLAGS_MOVE, a + (c - a) * step / 4, b + (d - b) * step / 4);
             pointer(events, PTR_FLAGS_BUTTON1, c, d);
         } else if (verb == "key") {
             std::string name;

@@ -36,7 +36,8 @@ public:
         std::vector<uint32_t> pixels(size_t(gdi->width) * size_t(gdi->height));
         for (int32_t y = 0; y < gdi->height; ++y)
             for (int32_t x = 0; x < gdi->width; ++x)
-                std::memcpy(&pixels[size_t(y) * gdi->width + x], gdi->primary_buffer + size_t(y) * gdi->stride + 4 * x, 4);
+                std::memcpy(&pixels[size_t(y) * gdi->width + x],
+                            gdi->primary_buffer + size_t(y) * gdi->stride + 4 * size_t(x), 4);
         for (uint32_t &p : pixels) p &= 0xffffff;
         return rdpsnap::writePng(path, pixels.data(), gdi->width, gdi->height, error);
     }

@@ -25,7 +25,8 @@ struct RdpsnapMapping : testing::Test {
     }
     void SetUp() override {
         canvas.resize(64, 48);
-        caches.setGlyphCaches({{{8, 4}, {8, 8}, {8, 32}, {8, 32}, {8, 32}, {8, 32}, {8, 32}, {8, 32}, {8, 32}, {8, 32}}});
+        caches.setGlyphCaches(
+            {{{8, 4}, {8, 8}, {8, 32}, {8, 32}, {8, 32}, {8, 32}, {8, 32}, {8, 32}, {8, 32}, {8, 32}}});
     }
     uint32_t at(int x, int y) const { return canvas.pixels()[y * 64 + x]; }
 };
@@ -58,16 +59,20 @@ TEST_F(RdpsnapMapping, BrushesAreAnchoredAtTheirOrigin) {
         for (auto [ox, oy] : {std::pair{0u, 0u}, {3u, 5u}, {7u, 1u}})
             for (const int32_t *bounds : {static_cast<const int32_t *>(nullptr), clip}) {
                 canvas.setBounds(bounds);
-                PATBLT_ORDER o{4, 1, 50, 30, 0xF0, back, fore, {ox, oy, 0, style, 0, style == 0x86 ? 6u : 5u, nullptr, {}}};
+                const uint32_t index = style == 0x86 ? 6 : 5;
+                PATBLT_ORDER o{4, 1, 50, 30, 0xF0, back, fore, {ox, oy, 0, style, 0, index, nullptr, {}}};
                 std::memcpy(o.brush.p8x8, rows, 8);
                 ASSERT_TRUE(mapper.patBlt(o)) << mapper.error();
                 const int left = bounds ? 13 : 4, top = bounds ? 2 : 1;
                 for (int y = top; y < 31; ++y)
                     for (int x = left; x < 54; ++x) {
                         const int r = (y - int(oy)) & 7, c = (x - int(ox)) & 7;
-                        const uint32_t want = style == 0x86 ? uint32_t(3 * (r * 8 + c) & 0xff) << 16 | uint32_t(r * 8 + c)
-                                              : rows[r] & (0x80 >> c) ? 0xff0000u : 0x00ff00u;
-                        ASSERT_EQ(at(x, y), want) << "style " << style << " origin " << ox << "," << oy << " at " << x << "," << y;
+                        const uint32_t i = uint32_t(r * 8 + c);
+                        const uint32_t want = style == 0x86          ? (3 * i & 0xff) << 16 | i
+                                              : rows[r] & (0x80 >> c) ? 0xff0000u
+                                                                      : 0x00ff00u;
+                        ASSERT_EQ(at(x, y), want) << "style " << style << " origin " << ox << "," << oy << " at " << x
+                                                  << "," << y;
                     }
             }
     EXPECT_EQ(ui32Reports(), 0);
@@ -90,17 +95,28 @@ TEST_F(RdpsnapMapping, FastGlyphCachesTheGlyphItCarriesAndMultiOpaqueRectDrawsEa
 TEST_F(RdpsnapMapping, MalformedOrdersAreRefusedWithAReason) {
     uint8_t data[64] = {};
     BITMAP_DATA rect16{0, 0, 3, 3, 4, 4, 16, 0, 32, 0, 0, 0, 0, data, FALSE};
+    BITMAP_UPDATE update16{1, 1, &rect16, FALSE};
+    CACHE_BITMAP_V2_ORDER beyond{0, 0, 0, 0, 32, 4, 4, 64, 600, FALSE, 0, 0, 0, 0, data}, depth24 = beyond;
+    depth24.bitmapBpp = 24, depth24.cacheIndex = 1;
+    MEMBLT_ORDER unfilled{1, 0, 0, 0, 4, 4, 0xCC, 0, 0, 7, nullptr};
+    CACHE_GLYPH_ORDER tooWide{0, 1, {{2, 0, 0, 8, 8, 8, data}}, nullptr};   // 8 bytes in 4-byte cells
+    CACHE_GLYPH_ORDER tooShort{1, 1, {{2, 0, 0, 8, 8, 4, data}}, nullptr};  // 4 bytes for 8 rows
+    MULTI_OPAQUE_RECT_ORDER rects46{};
+    rects46.numRectangles = 46;
+    CACHE_BRUSH_ORDER brush16{1, 16, 8, 8, 0x84, 128, {}};
+    PATBLT_ORDER uncached{0, 0, 8, 8, 0xF0, 0, 0, {0, 0, 1, 0x81, 0, 9, nullptr, {}}};
+    LINE_TO_ORDER rop0{1, 0, 0, 5, 5, 0, 0, 0, 1, 0};
     const std::pair<const char *, std::function<bool()>> cases[] = {
-        {"16-bit bitmap update", [&] { BITMAP_UPDATE u{1, 1, &rect16, FALSE}; return mapper.bitmapUpdate(u); }},
-        {"beyond the announced", [&] { CACHE_BITMAP_V2_ORDER o{0, 0, 0, 0, 32, 4, 4, 64, 600, FALSE, 0, 0, 0, 0, data}; return mapper.cacheBitmapV2(o); }},
-        {"-bit cached bitmap", [&] { CACHE_BITMAP_V2_ORDER o{0, 0, 0, 0, 24, 4, 4, 48, 1, FALSE, 0, 0, 0, 0, data}; return mapper.cacheBitmapV2(o); }},
-        {"never filled", [&] { MEMBLT_ORDER o{1, 0, 0, 0, 4, 4, 0xCC, 0, 0, 7, nullptr}; return mapper.memBlt(o); }},
-        {"does not fit its cell", [&] { CACHE_GLYPH_ORDER o{0, 1, {{2, 0, 0, 8, 8, 8, data}}, nullptr}; return mapper.cacheGlyph(o); }},
-        {"does not fit its cell", [&] { CACHE_GLYPH_ORDER o{1, 1, {{2, 0, 0, 8, 8, 4, data}}, nullptr}; return mapper.cacheGlyph(o); }},
-        {"46 rectangles", [&] { MULTI_OPAQUE_RECT_ORDER o{}; o.numRectangles = 46; return mapper.multiOpaqueRect(o); }},
-        {"16-bit brush", [&] { CACHE_BRUSH_ORDER o{1, 16, 8, 8, 0x84, 128, {}}; return mapper.cacheBrush(o); }},
-        {"brush cache entry 9", [&] { PATBLT_ORDER o{0, 0, 8, 8, 0xF0, 0, 0, {0, 0, 1, 0x81, 0, 9, nullptr, {}}}; return mapper.patBlt(o); }},
-        {"raster operation 0", [&] { LINE_TO_ORDER o{1, 0, 0, 5, 5, 0, 0, 0, 1, 0}; return mapper.lineTo(o); }},
+        {"16-bit bitmap update", [&] { return mapper.bitmapUpdate(update16); }},
+        {"beyond the announced", [&] { return mapper.cacheBitmapV2(beyond); }},
+        {"24-bit cached bitmap", [&] { return mapper.cacheBitmapV2(depth24); }},
+        {"never filled", [&] { return mapper.memBlt(unfilled); }},
+        {"does not fit its cell", [&] { return mapper.cacheGlyph(tooWide); }},
+        {"does not fit its cell", [&] { return mapper.cacheGlyph(tooShort); }},
+        {"46 rectangles", [&] { return mapper.multiOpaqueRect(rects46); }},
+        {"16-bit brush", [&] { return mapper.cacheBrush(brush16); }},
+        {"brush cache entry 9", [&] { return mapper.patBlt(uncached); }},
+        {"raster operation 0", [&] { return mapper.lineTo(rop0); }},
     };
     for (const auto &[reason, order] : cases) {
         EXPECT_FALSE(order()) << reason;
