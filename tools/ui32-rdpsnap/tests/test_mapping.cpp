@@ -14,7 +14,7 @@ namespace {
 
 using namespace rdpsnap;
 
-struct RdpsnapMapping : testing::Test {
+struct Mapping : testing::Test {
     static UiDrawTable table;
     Canvas canvas{table};
     Caches caches;
@@ -30,9 +30,9 @@ struct RdpsnapMapping : testing::Test {
     }
     uint32_t at(int x, int y) const { return canvas.pixels()[y * 64 + x]; }
 };
-UiDrawTable RdpsnapMapping::table{};
+UiDrawTable Mapping::table{};
 
-TEST(RdpsnapRasterOperations, TernaryCodesMapToTheBinaryOperationOfTheirOperand) {
+TEST(RasterOperations, TernaryCodesMapToTheBinaryOperationOfTheirOperand) {
     struct { uint32_t rop3; int32_t destination, source, pattern; } cases[] = {
         {0x00, 0, 0, 0},     {0x55, 5, 5, 5},   {0xAA, 10, 10, 10}, {0xFF, 15, 15, 15}, {0xCC, -1, 12, -1},
         {0x66, -1, 6, -1},   {0x88, -1, 8, -1}, {0xEE, -1, 14, -1}, {0x33, -1, 3, -1},  {0xF0, -1, -1, 12},
@@ -47,7 +47,7 @@ TEST(RdpsnapRasterOperations, TernaryCodesMapToTheBinaryOperationOfTheirOperand)
 
 // The pattern pixel at (x, y) is brush pixel ((y - org.y) mod 8, (x - org.x) mod 8),
 // for pattern, cached mono and cached colour brushes, clipped or not.
-TEST_F(RdpsnapMapping, BrushesAreAnchoredAtTheirOrigin) {
+TEST_F(Mapping, BrushesAreAnchoredAtTheirOrigin) {
     const uint8_t rows[8] = {0x80, 0x41, 0x22, 0x14, 0x0f, 0x3c, 0x01, 0xe7};
     CACHE_BRUSH_ORDER mono{5, 1, 8, 8, 0x81, 8, {}}, colour{6, 32, 8, 8, 0x86, 256, {}};
     std::memcpy(mono.data, rows, 8);
@@ -78,7 +78,7 @@ TEST_F(RdpsnapMapping, BrushesAreAnchoredAtTheirOrigin) {
     EXPECT_EQ(ui32Reports(), 0);
 }
 
-TEST_F(RdpsnapMapping, FastGlyphCachesTheGlyphItCarriesAndMultiOpaqueRectDrawsEachEntry) {
+TEST_F(Mapping, FastGlyphCachesTheGlyphItCarriesAndMultiOpaqueRectDrawsEachEntry) {
     uint8_t bits[4] = {0xc0, 0xc0};
     FAST_GLYPH_ORDER glyph{1, 0, 0, 0xffffff, 0, 0, 0, 64, 48, 0, 0, 0, 0, 10, 20, 2, {3}, {3, -1, -2, 2, 2, 4, bits}};
     ASSERT_TRUE(mapper.fastGlyph(glyph)) << mapper.error();
@@ -92,7 +92,7 @@ TEST_F(RdpsnapMapping, FastGlyphCachesTheGlyphItCarriesAndMultiOpaqueRectDrawsEa
     EXPECT_EQ(ui32Reports(), 0);
 }
 
-TEST_F(RdpsnapMapping, MalformedOrdersAreRefusedWithAReason) {
+TEST_F(Mapping, MalformedOrdersAreRefusedWithAReason) {
     uint8_t data[64] = {};
     BITMAP_DATA rect16{0, 0, 3, 3, 4, 4, 16, 0, 32, 0, 0, 0, 0, data, FALSE};
     BITMAP_UPDATE update16{1, 1, &rect16, FALSE};
