@@ -17,7 +17,7 @@
 
 #include "scenes.h"
 #include "session.h"
-#include "ui32Module.h"
+#include "table.h"
 #include "vncServer.h"
 
 namespace {
@@ -25,12 +25,13 @@ namespace {
 using kit::Canvas;
 using kit::Picture;
 
+// Loaded once for the process, as a client does.
 const UiDrawTable &table() {
-    static vncsnap::Ui32Module module;
+    static kit::Table t;
     static std::string error;
-    static const bool loaded = module.load(UI32_MODULE_PATH, error);
+    static const bool loaded = t.load(UI32_MODULE_PATH, &kit::printReport, UiConfig{kit::kHatchPatterns, 4}, error);
     EXPECT_TRUE(loaded) << error;
-    return module.table();
+    return t.slots;
 }
 
 int differences(const vncsnap::FrameBuffer &f, const Picture &p) {
@@ -98,7 +99,7 @@ TEST_P(VncSnapshot, FollowsTheServerThroughIncrementalUpdates) {
              Canvas(p).fill(160, 168, 180, 12, 0xf6f5f4);
          }},
     };
-    const int reports = vncsnap::Ui32Module::reportCount();
+    const int reports = kit::printedReports();
     VncServer server;
     ASSERT_TRUE(server.start(kit::desktop(kWidth, kHeight, icons, 0xd35c)));
     vncsnap::Session session(table());
@@ -111,7 +112,7 @@ TEST_P(VncSnapshot, FollowsTheServerThroughIncrementalUpdates) {
         seen = server.served();
     }
     server.stop();
-    EXPECT_EQ(vncsnap::Ui32Module::reportCount(), reports) << "ui32 reported while painting";
+    EXPECT_EQ(kit::printedReports(), reports) << "ui32 reported while painting";
 
     const vncsnap::Stats &s = session.stats();
     const vncsnap::TileKinds &z = s.zrle;
@@ -214,7 +215,7 @@ TEST(VncTrle, EveryTileKindAndPaletteReuseArrivingInPieces) {
                 getsockname(listener, reinterpret_cast<sockaddr *>(&a), &length) == 0);
     bool served = false;
     std::thread server([&] { served = serveTrle(listener, p, trle); });
-    const int reports = vncsnap::Ui32Module::reportCount();
+    const int reports = kit::printedReports();
     vncsnap::Session session(table());
     const bool opened = session.open("127.0.0.1:" + std::to_string(ntohs(a.sin_port)), vncsnap::kTrle, 5000);
     std::vector<vncsnap::Rect> rects;
@@ -230,7 +231,7 @@ TEST(VncTrle, EveryTileKindAndPaletteReuseArrivingInPieces) {
               std::tie(kinds.raw, kinds.solid, kinds.packedPalette, kinds.plainRle, kinds.paletteRle,
                        kinds.reusedPackedPalette, kinds.reusedPaletteRle));
     EXPECT_GT(session.stats().trleRetries, 0u) << "no tile body arrived split";
-    EXPECT_EQ(vncsnap::Ui32Module::reportCount(), reports);
+    EXPECT_EQ(kit::printedReports(), reports);
 }
 
 }  // namespace

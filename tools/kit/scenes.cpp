@@ -51,15 +51,24 @@ bool loadPng(const std::string &path, Picture &out, std::string &error) {
     return false;
 }
 
-bool savePng(const std::string &path, const Picture &picture) {
+bool savePng(const std::string &path, const uint32_t *pixels, int32_t width, int32_t height, size_t stride,
+             std::string &error) {
     png_image image{};
     image.version = PNG_IMAGE_VERSION;
-    image.width = uint32_t(picture.width);
-    image.height = uint32_t(picture.height);
+    image.width = uint32_t(width);
+    image.height = uint32_t(height);
     image.format = PNG_FORMAT_BGR;
     std::vector<uint8_t> bgr;
-    for (uint32_t p : picture.pixels) bgr.insert(bgr.end(), {uint8_t(p), uint8_t(p >> 8), uint8_t(p >> 16)});
-    return png_image_write_to_file(&image, path.c_str(), 0, bgr.data(), 0, nullptr) != 0;
+    for (int32_t y = 0; y < height; ++y)
+        for (const uint32_t *p = pixels + size_t(y) * stride, *end = p + width; p != end; ++p)
+            bgr.insert(bgr.end(), {uint8_t(*p), uint8_t(*p >> 8), uint8_t(*p >> 16)});
+    if (png_image_write_to_file(&image, path.c_str(), 0, bgr.data(), 0, nullptr)) return true;
+    return error = path + ": " + image.message, false;
+}
+
+bool savePng(const std::string &path, const Picture &picture) {
+    std::string error;
+    return savePng(path, picture.pixels.data(), picture.width, picture.height, size_t(picture.width), error);
 }
 
 std::vector<Picture> themeIcons(int32_t size, size_t count) {

@@ -13,6 +13,9 @@ namespace kit {
 
 bool loadPng(const std::string &path, Picture &out, std::string &error);
 bool savePng(const std::string &path, const Picture &picture);  // opaque RGB
+// Rows of width 0x00RRGGBB words, `stride` words apart, as an RGB PNG.
+bool savePng(const std::string &path, const uint32_t *pixels, int32_t width, int32_t height, size_t stride,
+             std::string &error);
 
 // `count` icons of the installed theme of the given size, a fixed selection
 // spread over the sorted list; empty if the theme is missing.

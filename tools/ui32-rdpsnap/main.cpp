@@ -10,8 +10,8 @@
 #include <sstream>
 
 #include "client.h"
-#include "pngFile.h"
-#include "ui32Module.h"
+#include "scenes.h"
+#include "table.h"
 
 namespace {
 
@@ -53,7 +53,7 @@ void printReport(const rdpsnap::Client &client) {
     for (int slot = 0; slot < UI_SLOT_COUNT; ++slot)
         if (canvas.slotCalls(slot) > 0) slots[kSlotNames[slot]] = canvas.slotCalls(slot);
     printCounts("slot calls", slots);
-    std::printf("ui32 reports: %d\ntiles marked: %llu\n", rdpsnap::ui32Reports(),
+    std::printf("ui32 reports: %d\ntiles marked: %llu\n", kit::printedReports(),
                 static_cast<unsigned long long>(canvas.tilesMarked()));
 }
 
@@ -110,13 +110,16 @@ int main(int argc, char **argv) {
             return 2;
         }
     }
-    UiDrawTable table{};
-    if (!rdpsnap::loadUi32(library, options.bpp == 32 ? 4 : 3, table, error)) {
+    // The source depth picks the bitmap codec: 4 planar (32 bpp), 3
+    // interleaved (24 bpp).
+    kit::Table table;
+    if (!table.load(library, &kit::printReport, UiConfig{rdpsnap::Mapper::kHatchPatterns, options.bpp == 32 ? 4 : 3},
+                    error)) {
         std::fprintf(stderr, "ui32-rdpsnap: %s\n", error.c_str());
         return 1;
     }
     const std::string server = options.host + ":" + std::to_string(options.port);
-    rdpsnap::Client client(table, options);
+    rdpsnap::Client client(table.slots, options);
     const bool ok = client.run();
     const rdpsnap::Canvas &canvas = client.canvas();
     std::printf("desktop %dx%d, %u bpp, %s\n", canvas.width(), canvas.height(), options.bpp,
@@ -130,14 +133,14 @@ int main(int argc, char **argv) {
         std::fprintf(stderr, "ui32-rdpsnap: %s drew nothing\n", server.c_str());
         return 1;
     }
-    if (!rdpsnap::writePng(output, canvas.pixels(), canvas.width(), canvas.height(), error)) {
+    if (!kit::savePng(output, canvas.pixels(), canvas.width(), canvas.height(), size_t(canvas.width()), error)) {
         std::fprintf(stderr, "ui32-rdpsnap: %s\n", error.c_str());
         return 1;
     }
     std::printf("wrote %s\n", output.c_str());
-    if (rdpsnap::ui32Reports() > 0) {
+    if (kit::printedReports() > 0) {
         std::fprintf(stderr, "ui32-rdpsnap: ui32 made %d reports: the picture may be incomplete\n",
-                     rdpsnap::ui32Reports());
+                     kit::printedReports());
         return 1;
     }
     return 0;

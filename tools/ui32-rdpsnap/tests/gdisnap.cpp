@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "client.h"
-#include "pngFile.h"
+#include "scenes.h"
 
 namespace {
 
@@ -33,13 +33,9 @@ public:
 
     bool write(const std::string &path, std::string &error) {
         const rdpGdi *gdi = instance()->context->gdi;
-        std::vector<uint32_t> pixels(size_t(gdi->width) * size_t(gdi->height));
-        for (int32_t y = 0; y < gdi->height; ++y)
-            for (int32_t x = 0; x < gdi->width; ++x)
-                std::memcpy(&pixels[size_t(y) * gdi->width + x],
-                            gdi->primary_buffer + size_t(y) * gdi->stride + 4 * size_t(x), 4);
-        for (uint32_t &p : pixels) p &= 0xffffff;
-        return rdpsnap::writePng(path, pixels.data(), gdi->width, gdi->height, error);
+        // B, G, R, X bytes: the colour bits of 32-bit words, as the PNG writer reads them.
+        return kit::savePng(path, reinterpret_cast<const uint32_t *>(gdi->primary_buffer), gdi->width, gdi->height,
+                            gdi->stride / 4, error);
     }
 
 private:

@@ -8,20 +8,20 @@
 #include <functional>
 
 #include "mapping.h"
-#include "ui32Module.h"
+#include "table.h"
 
 namespace {
 
 using namespace rdpsnap;
 
 struct Mapping : testing::Test {
-    static UiDrawTable table;
-    Canvas canvas{table};
+    static kit::Table table;
+    Canvas canvas{table.slots};
     Caches caches;
     Mapper mapper{canvas, caches, 32};
     static void SetUpTestSuite() {
         std::string error;
-        ASSERT_TRUE(loadUi32(UI32_MODULE_PATH, 4, table, error)) << error;
+        ASSERT_TRUE(table.load(UI32_MODULE_PATH, &kit::printReport, UiConfig{Mapper::kHatchPatterns, 4}, error)) << error;
     }
     void SetUp() override {
         canvas.resize(64, 48);
@@ -30,7 +30,7 @@ struct Mapping : testing::Test {
     }
     uint32_t at(int x, int y) const { return canvas.pixels()[y * 64 + x]; }
 };
-UiDrawTable Mapping::table{};
+kit::Table Mapping::table{};
 
 TEST(RasterOperations, TernaryCodesMapToTheBinaryOperationOfTheirOperand) {
     struct { uint32_t rop3; int32_t destination, source, pattern; } cases[] = {
@@ -75,7 +75,7 @@ TEST_F(Mapping, BrushesAreAnchoredAtTheirOrigin) {
                                                   << "," << y;
                     }
             }
-    EXPECT_EQ(ui32Reports(), 0);
+    EXPECT_EQ(kit::printedReports(), 0);
 }
 
 TEST_F(Mapping, FastGlyphCachesTheGlyphItCarriesAndMultiOpaqueRectDrawsEachEntry) {
@@ -89,7 +89,7 @@ TEST_F(Mapping, FastGlyphCachesTheGlyphItCarriesAndMultiOpaqueRectDrawsEachEntry
     MULTI_OPAQUE_RECT_ORDER rects{0, 0, 64, 48, 0x0000ff, 2, 0, {{1, 40, 3, 2}, {60, 1, 2, 3}}};
     ASSERT_TRUE(mapper.multiOpaqueRect(rects)) << mapper.error();
     EXPECT_TRUE(at(1, 40) == 0xff0000 && at(3, 41) == 0xff0000 && at(61, 3) == 0xff0000 && at(4, 40) == 0);
-    EXPECT_EQ(ui32Reports(), 0);
+    EXPECT_EQ(kit::printedReports(), 0);
 }
 
 TEST_F(Mapping, MalformedOrdersAreRefusedWithAReason) {
