@@ -9,13 +9,16 @@ constexpr uint8_t kTileGuard = 0xa5;
 constexpr uint32_t kClient1 = 0x11111111, kClient2 = 0x22222222;
 }  // namespace
 
-Frame::Frame(int32_t width, int32_t height, uint32_t fillColour)
-    : width_(width), height_(height), rowWords_(size_t(width) + 2 * kGuard) {
-    store_.assign(rowWords_ * size_t(height + 2 * kGuard), kSentinel);
+Frame::Frame(int32_t width, int32_t height, uint32_t fillColour, Layout layout)
+    : width_(width), height_(height), rowWords_(size_t(width) + 2 * kGuard + size_t(layout.padWords)) {
+    const size_t words = rowWords_ * size_t(height + 2 * kGuard);
+    pages_ = std::make_unique<GuardedPages>(words * 4, layout.place);
+    store_ = reinterpret_cast<uint32_t *>(pages_->end()) - words;
+    std::fill_n(store_, words, kSentinel);
     const int32_t columns = (width + 31) / 32, rows = (height + 31) / 32;
     tiles_.assign(size_t(columns * rows + 2 * kGuard), kTileGuard);
     imgbuf &i = surface_.image;
-    i = imgbuf{store_.data() + kGuard * rowWords_ + kGuard, kClient1, kClient2, uint32_t(rowWords_ * 4),
+    i = imgbuf{store_ + kGuard * rowWords_ + kGuard, kClient1, kClient2, uint32_t(rowWords_ * 4),
                uint32_t(width), uint32_t(height)};
     surface_.dirty.tiles = tiles_.data() + kGuard;
     surface_.dirty.columns = columns;
