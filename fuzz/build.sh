@@ -6,6 +6,8 @@
 #   FUZZ_SOURCE=<dir>       tree whose ui/ and include/ are fuzzed (default
 #                           this checkout)
 #   FUZZ_BUILD=<dir>        build directory
+# The differential targets need FreeRDP 2 for the target architecture: they
+# compare on x86-64 and only decode on i386.
 set -euo pipefail
 fuzz=$(cd "$(dirname "$0")" && pwd)
 root=$(dirname "$fuzz")
