@@ -57,11 +57,14 @@ void Frame::clearTiles() {
 }
 
 bool Frame::guardsIntact() const {
-    for (size_t y = 0; y < size_t(height_ + 2 * kGuard); ++y)
-        for (size_t x = 0; x < rowWords_; ++x) {
-            const bool inside = y >= kGuard && y < size_t(kGuard + height_) && x >= kGuard && x < size_t(kGuard + width_);
-            if (!inside && store_[y * rowWords_ + x] != kSentinel) return false;
-        }
+    // The rows above, then from the end of each image row to the start of
+    // the next (the last one runs into the rows below), then the rest.
+    const auto sentinel = [](uint32_t w) { return w == kSentinel; };
+    const uint32_t *first = store_ + kGuard * rowWords_ + kGuard, *end = store_ + rowWords_ * size_t(height_ + 2 * kGuard);
+    if (!std::all_of(static_cast<const uint32_t *>(store_), first, sentinel)) return false;
+    for (int32_t y = 0; y < height_; ++y)
+        if (!std::all_of(first + y * rowWords_ + width_, first + (y + 1) * rowWords_, sentinel)) return false;
+    if (!std::all_of(first + height_ * rowWords_, end, sentinel)) return false;
     const auto guard = [](uint8_t b) { return b == kTileGuard; };
     const uint8_t *pad = surface_.dirty.changedPad;
     return std::all_of(tiles_.begin(), tiles_.begin() + kGuard, guard) && std::all_of(tiles_.end() - kGuard, tiles_.end(), guard) &&
