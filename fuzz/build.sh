@@ -19,7 +19,8 @@ cxx=${FUZZ_CXX:-clang++-14}
 command -v "$cxx" >/dev/null || { echo "fuzz: $cxx not found (install clang-14 and libclang-rt-14-dev)" >&2; exit 2; }
 case "$arch" in
     x86_64) archflags="" ;;
-    i386) archflags="-m32" ;;
+    # <asm/...> from the host kernel headers, as in the i386 preset.
+    i386) archflags="-m32 -idirafter /usr/include/x86_64-linux-gnu" ;;
     *) echo "fuzz: unknown FUZZ_ARCH $arch" >&2; exit 2 ;;
 esac
 
