@@ -8,6 +8,13 @@
 
 namespace ui {
 
+// n pixels of one colour from p, four per step (the stores pair up on cores
+// without vector units).
+inline void fillRow(uint32_t *p, int32_t n, uint32_t colour) {
+    for (uint32_t *end = p + (n & ~3); p != end; p += 4) p[0] = colour, p[1] = colour, p[2] = colour, p[3] = colour;
+    for (int32_t i = 0; i < (n & 3); ++i) p[i] = colour;
+}
+
 // The one solid-fill loop: width x height pixels from p, rows stride bytes
 // apart.  Wide rows: the first is stored and copied into the others, one
 // block copy per row, which libc does at memset speed; narrow rows are

@@ -5,6 +5,8 @@
 #include <cstring>
 #include <utility>
 
+#include "fills.h"
+
 namespace {
 
 template <int I>
@@ -27,7 +29,7 @@ inline void four(uint32_t *d, const uint32_t *s, bool solid) {
 template <int I>
 void solid(uint32_t *d, uint32_t s, int32_t n) {
     if constexpr (I == ui::kRopCopy) {
-        std::fill_n(d, n, s);
+        ui::fillRow(d, n, s);
     } else {
         for (uint32_t *end = d + (n & ~3); d != end; d += 4) four<I>(d, &s, true);
         for (int32_t i = 0; i < (n & 3); ++i) d[i] = ui::rop2(I, s, d[i]);

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "../core/fills.h"
 #include "../core/entry.h"
 #include "../core/rop.h"
 #include "../core/settings.h"
@@ -30,7 +31,7 @@ constexpr uint32_t kCarryBits = 0xC0000000;  // 1.0 and above
 struct StorePen {
     uint32_t colour;
     void operator()(uint32_t *p, uint32_t c) const { *p = c; }
-    void span(uint32_t *p, int32_t n) const { std::fill_n(p, n, colour); }
+    void span(uint32_t *p, int32_t n) const { ui::fillRow(p, n, colour); }
 };
 struct RopPen {
     uint32_t colour;

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "../core/fills.h"
 #include "../codec/streamInOps.h"
 #include "../core/settings.h"
 #include "../core/surface.h"
@@ -72,7 +73,7 @@ public:
                 row_ = rowAt(row_, stride_, 1);
             }
             const int32_t n = int32_t(std::min<int64_t>(count, width_ - column_));
-            std::fill_n(row_ + column_, n, colour);
+            fillRow(row_ + column_, n, colour);
             column_ += n;
             count -= n;
         }

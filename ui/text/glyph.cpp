@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "../core/fills.h"
 #include "../core/settings.h"
 #include "../core/surface.h"
 
@@ -48,7 +49,7 @@ void drawRow(uint32_t *d, const uint8_t *s, int32_t firstBit, int32_t width, uin
     for (; width >= 8; width -= 8, d += 8) {
         const uint32_t byte = *s++;  // read once: the stores below may alias it
         if (byte == 0xff)
-            std::fill_n(d, 8, colour);
+            ui::fillRow(d, 8, colour);
         else if (byte != 0)
             plot(d, byte, 8, colour);
     }
