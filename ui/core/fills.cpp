@@ -61,11 +61,13 @@ void ui::fillPattern8x8(const imgbuf &image, const UiPatBltOrder &order, const U
             std::memcpy(row, rowAt(p, image.stride, i - 8), 4 * size_t(rect.width));
             continue;
         }
+        // The row's byte turned so that its bit 7 falls on the first column.
+        const uint32_t bits = pattern[(yPhase + i) & 7], turned = (bits << xPhase | bits >> (8 - xPhase)) & 0xff;
         uint32_t colours[8];
-        const uint32_t bits = pattern[(yPhase + i) & 7];
-        for (int32_t k = 0; k < 8; ++k) colours[k] = (bits & (0x80u >> ((xPhase + k) & 7))) ? one : zero;
+        for (int32_t k = 0; k < 8; ++k) colours[k] = zero ^ ((one ^ zero) & (0u - (turned >> (7 - k) & 1)));
         if (index == kRopCopy) {
-            std::memcpy(row, colours, 4 * size_t(std::min(8, rect.width)));
+            const int32_t n = std::min(8, rect.width);
+            for (int32_t k = 0; k < n; ++k) row[k] = colours[k];
             repeatAcross(row, 8, rect.width);
             continue;
         }

@@ -41,10 +41,23 @@ void convertRow(uint32_t *__restrict dst, const uint8_t *__restrict src, int32_t
     for (; i < n; ++i, src += Step) dst[i] = Pixel(src);
 }
 
+// Three-byte pixels, four per step out of three whole words (the twelve
+// bytes are all there), shifted into place.
+template <bool kLow>
+void convertRow3(uint32_t *__restrict dst, const uint8_t *__restrict src, int32_t n) {
+    const auto put = [](uint32_t v) { return kLow ? v & 0xffffff : __builtin_bswap32(v << 8); };
+    uint32_t *end = dst + (n & ~3);
+    for (; dst != end; dst += 4, src += 12) {
+        const uint32_t a = wordAt(src), b = wordAt(src + 4), c = wordAt(src + 8);
+        dst[0] = put(a), dst[1] = put(a >> 24 | b << 8), dst[2] = put(b >> 16 | c << 16), dst[3] = put(c >> 8);
+    }
+    for (int32_t i = 0; i < (n & 3); ++i) dst[i] = kLow ? lowFirst(src + 3 * i) : highFirst(src + 3 * i);
+}
+
 // The row converter for pixels of `step` (3 or more) bytes.
 inline RowFn rowFor(int32_t step, bool low) {
     if (step == 4) return low ? convertRow<lowFirstWord, 4> : convertRow<highFirstWord, 4>;
-    if (step == 3) return low ? convertRow<lowFirst, 3> : convertRow<highFirst, 3>;
+    if (step == 3) return low ? convertRow3<true> : convertRow3<false>;
     return nullptr;
 }
 

@@ -12,19 +12,29 @@ namespace {
 
 using ui::Site;
 
-// The pattern column / row on the clipped rectangle's left column / top row.
-// The remainder takes the dividend's sign, so a negative sum gives a negative
-// phase, which fillPattern8x8 refuses; 64-bit, so nothing overflows.
-int32_t phase(int32_t origin, int32_t edge) { return int32_t((int64_t(origin) + edge) % 8); }
+// The pattern column / row on the clipped rectangle's left column / top row:
+// the sum's remainder by 8 with the sum's sign, so a negative sum gives a
+// negative phase, which fillPattern8x8 refuses.  64-bit, so nothing
+// overflows; masks instead of a division, which 32-bit cores call out for.
+int32_t phase(int32_t origin, int32_t edge) {
+    const int64_t sum = int64_t(origin) + edge;
+    return sum < 0 ? -int32_t(-sum & 7) : int32_t(sum & 7);
+}
 
 // Row r of the rectangle takes pattern row r mod 8 from its first column on:
-// the brush origin and rop do not apply.
+// the brush origin and rop do not apply.  From the ninth row on a row is a
+// copy of the one eight above.
 void colourPatternFill(const imgbuf &image, const UiRect &r, const uint8_t *pattern) {
     uint32_t *p = ui::writePtr(image, r);
     if (p == nullptr) return ui::report(Site::colourPattern);
+    const size_t rowBytes = 4 * size_t(r.width);
     for (int32_t y = 0; y < r.height; ++y) {
         uint32_t *row = ui::rowAt(p, image.stride, y);
-        std::memcpy(row, pattern + 32 * size_t(y % 8), 4 * size_t(std::min(8, r.width)));
+        if (y >= 8) {
+            std::memcpy(row, ui::rowAt(p, image.stride, y - 8), rowBytes);
+            continue;
+        }
+        std::memcpy(row, pattern + 32 * y, 4 * size_t(std::min(8, r.width)));
         ui::repeatAcross(row, 8, r.width);
     }
 }
