@@ -186,6 +186,10 @@ def report(mutants, done, path, command):
     print("\n".join(out[:10]))
 
 
+def interrupted(*_):
+    raise KeyboardInterrupt
+
+
 def main():
     p = argparse.ArgumentParser(description=__doc__.split("\n\n")[0])
     p.add_argument("--seed", default="1"); p.add_argument("--count", type=int, default=70)
@@ -199,6 +203,7 @@ def main():
     p.add_argument("--report", help="Markdown report (default BUILD_DIR/mutation/report.md)")
     p.add_argument("--test-timeout", type=int, default=60); p.add_argument("--suite-timeout", type=int, default=600)
     p.add_argument("--build-timeout", type=int, default=900)
+    p.add_argument("--skip-baseline", action="store_true", help="do not first check that the unmutated tree passes")
     args = p.parse_args()
     args.root = os.path.abspath(args.root)
     mutants = generate(args.root, args.files.split(","), args.seed, args.count, args.max_per_file, args.header_weight)
@@ -219,9 +224,10 @@ def main():
     todo = [m for m in mutants if m["id"] in args.only.split(",")] if args.only else [m for m in mutants if fresh(m)]
     if not all(git_clean(args.root, f) for f in {m["file"] for m in todo}):
         sys.exit("files to mutate have uncommitted changes: commit or stash them first")
-    signal.signal(signal.SIGTERM, lambda *_: (_ for _ in ()).throw(KeyboardInterrupt()))
-    viable, failed, *_ = run_suite(args, os.path.join(logdir, "unmutated"))
-    if not viable or failed: sys.exit("the unmutated tree does not build or pass: %s" % failed)
+    signal.signal(signal.SIGTERM, interrupted)
+    if todo and not args.skip_baseline:  # the score means nothing unless the unmutated tree passes
+        viable, failed, *_ = run_suite(args, os.path.join(logdir, "unmutated"))
+        if not viable or failed: sys.exit("the unmutated tree does not build or pass: %s" % failed)
     try:
         for i, m in enumerate(todo, 1):
             r = try_mutant(args, m, logdir)
@@ -231,7 +237,11 @@ def main():
                   r["result"], r["failed"][0] if r["failed"] else "", r["build_s"], r["test_s"]), flush=True)
     finally:
         report(mutants, done, args.report or os.path.join(logdir, "report.md"), command)
+    # Leave the build matching the restored sources, not the last mutant.
+    if todo and run(["cmake", "--build", args.build_dir, "-j2"], os.path.join(logdir, "final.build"), args.build_timeout, args.root)[0] != 0:
+        sys.exit("the restored tree does not build: see %s/final.build" % logdir)
 
 
 if __name__ == "__main__":
-    main()
+    try: main()
+    except KeyboardInterrupt: sys.exit("interrupted: the mutated file was restored; the build may hold the last mutant")
