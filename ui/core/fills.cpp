@@ -18,14 +18,6 @@ void ui::fillArea(uint32_t *p, uint32_t stride, int32_t width, int32_t height, u
     for (int32_t y = 1; y < height; ++y) std::memcpy(rowAt(p, stride, y), p, 4 * size_t(width));
 }
 
-void ui::repeatAcross(uint32_t *row, int32_t unit, int32_t width) {
-    for (int32_t done = unit; done < width;) {
-        const int32_t n = std::min(done, width - done);
-        std::memcpy(row + done, row, 4 * size_t(n));
-        done += n;
-    }
-}
-
 bool ui::fillSolid(const imgbuf &image, const UiRect &rect, uint32_t colour) {
     uint32_t *p = writePtr(image, rect);
     if (p == nullptr) return fail(Site::fillSolid);

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 
 #include "ui32.h"
 
@@ -23,7 +24,10 @@ void fillArea(uint32_t *p, uint32_t stride, int32_t width, int32_t height, uint3
 
 // Lays the `unit` pixels at row[0] repeatedly across row[0 .. width - 1] by
 // doubling what the row already holds (row[0 .. unit - 1] must be in place).
-void repeatAcross(uint32_t *row, int32_t unit, int32_t width);
+inline void repeatAcross(uint32_t *row, int32_t unit, int32_t width) {
+    for (int32_t done = unit; done < width; done *= 2)
+        std::memcpy(row + done, row, 4 * size_t(done < width - done ? done : width - done));
+}
 
 // Stores colour into every pixel of rect; false after "imgbuf" 99, "ui" 1250.
 bool fillSolid(const imgbuf &image, const UiRect &rect, uint32_t colour);

@@ -34,7 +34,10 @@ void colourPatternFill(const imgbuf &image, const UiRect &r, const uint8_t *patt
             std::memcpy(row, ui::rowAt(p, image.stride, y - 8), rowBytes);
             continue;
         }
-        std::memcpy(row, pattern + 32 * y, 4 * size_t(std::min(8, r.width)));
+        if (r.width >= 8)  // a fixed-size copy the compiler writes out
+            std::memcpy(row, pattern + 32 * y, 32);
+        else
+            std::memcpy(row, pattern + 32 * y, 4 * size_t(r.width));
         ui::repeatAcross(row, 8, r.width);
     }
 }
