@@ -1,7 +1,5 @@
-// The RFB decoders: ZRLE/TRLE tile bodies (slots 18-22) and Hextile (slot 24).
-// Reference decoders written from the encodings are compared with the library
-// on generated input cut at every byte or read; hand cases pin documented
-// examples and the refusals; the kit's encoders give round trips.
+// ZRLE/TRLE tile bodies (slots 18-22) and Hextile (slot 24): reference decoders
+// against the library on input cut at every byte or read, and hand cases.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -25,36 +23,39 @@ constexpr uint32_t kFill = 0x5a5a5a;
 constexpr int32_t kW = 48, kH = 40;  // the frame: 2 x 2 tiles of the map
 
 int pick(std::mt19937 &rng, int lo, int hi) { return std::uniform_int_distribution<int>(lo, hi)(rng); }
-uint32_t mapped(const uint8_t *b, bool low = true) { return low ? b[0] | b[1] << 8 | b[2] << 16 : b[0] << 16 | b[1] << 8 | b[2]; }
+uint32_t mapped(const uint8_t *b, bool low = true) { return b[low ? 0 : 2] | b[1] << 8 | b[low ? 2 : 0] << 16; }
 bool inside(const UiRect &r) {
-    return r.left >= 0 && r.top >= 0 && r.width >= 0 && r.height >= 0 && r.left + int64_t(r.width) <= kW && r.top + int64_t(r.height) <= kH;
+    return std::min({r.left, r.top, r.width, r.height}) >= 0 && r.left + int64_t(r.width) <= kW && r.top + int64_t(r.height) <= kH;
 }
 
-// The frame holds `pixels` row by row from the rectangle's top-left and kFill
+// What a call does: its result, the bytes it consumes, the pixels it paints
+// (row by row from the rectangle's top-left), its reports and its reads.
+struct Outcome { int32_t result = 0; int64_t consumed = 0; Pixels pixels; Trail trail; std::vector<int32_t> reads; };
+
+// The kW x kH frame holds `pixels` from the rectangle's top-left and kFill
 // elsewhere; exactly the tiles the rectangle covers are marked when `marked`.
 void expectFrame(const kit::Frame &f, const UiRect &r, const Pixels &pixels, bool marked) {
-    Pixels want(size_t(f.width() * f.height()), kFill);
-    for (size_t i = 0; i < pixels.size(); ++i)
-        want[size_t((r.top + int32_t(i) / r.width) * f.width() + r.left + int32_t(i) % r.width)] = pixels[i];
+    Pixels want(size_t(kW * kH), kFill);
+    for (int32_t i = 0; i < int32_t(pixels.size()); ++i)
+        want[size_t((r.top + i / r.width) * kW + r.left + i % r.width)] = pixels[size_t(i)];
     EXPECT_EQ(f.pixels(), want);
     std::vector<int> tiles;
     for (int32_t ty = r.top / 32; marked && r.width > 0 && ty < (r.top + r.height + 31) / 32; ++ty)
-        for (int32_t tx = r.left / 32; tx < (r.left + r.width + 31) / 32; ++tx) tiles.push_back(ty * ((f.width() + 31) / 32) + tx);
+        for (int32_t tx = r.left / 32; tx < (r.left + r.width + 31) / 32; ++tx) tiles.push_back(ty * 2 + tx);
     EXPECT_EQ(f.markedTiles(), tiles);
     EXPECT_TRUE(f.guardsIntact());
 }
 
-enum Slot { kRaw, kSolid, kPacked, kPlain, kPaletteRle };
-
-int32_t callTile(const test::Library &lib, Slot s, int32_t arg, UiTileStream &t) {
-    if (s == kPacked) return lib.slot<UiZrlePackedPaletteTileFn>(UI_SLOT_ZRLE_PACKED_PALETTE_TILE)(&t, arg);
-    if (s == kPaletteRle) return lib.slot<UiZrlePaletteRleTileFn>(UI_SLOT_ZRLE_PALETTE_RLE_TILE)(&t, arg);
-    return lib.zrleTile(s == kRaw ? 0 : s == kSolid ? 1 : 128, t);
+// Pictures in blocks of 1 to 130 colours, noisy or not.
+kit::Picture blocks(std::mt19937 &rng, int32_t w, int32_t h, int colours, bool noise) {
+    kit::Picture p(w, h);
+    const int32_t bw = pick(rng, 1, w), bh = pick(rng, 1, h);
+    for (int32_t i = 0; i < w * h; ++i)
+        p.pixels[size_t(i)] = uint32_t((i % w / bw * 31 + i / w / bh * 7 + pick(rng, 0, noise ? colours : 0)) % colours) * 0x01F3A7;
+    return p;
 }
 
-// A tile call's result, bytes consumed, pixels painted (row by row from the
-// tile's top-left) and reports.
-struct Outcome { int32_t result = 0; int64_t consumed = 0; Pixels pixels; Trail trail; };
+enum Slot { kRaw, kSolid, kPacked, kPlain, kPaletteRle };
 
 // The tile bodies as the encoding defines them, for tiles of one pixel or more
 // in the frame or partly beside it.  Indexes naming no palette entry paint black.
@@ -63,7 +64,8 @@ Outcome model(Slot s, int32_t arg, const Bytes &b, const UiRect &r, bool low) {
     int64_t &pos = o.consumed;
     const int64_t n = b.length(), w = r.width, area = w * r.height;
     const int32_t size = s == kPacked ? arg : s == kPaletteRle ? arg - 128 : 0, bits = size <= 2 ? 1 : size <= 4 ? 2 : 4;
-    const int64_t rowBytes = (w * bits + 7) / 8, need = s == kSolid ? 3 : s == kRaw ? 3 * area : s == kPacked ? r.height * rowBytes : 0;
+    const int64_t rowBytes = (w * bits + 7) / 8;
+    const int64_t need = s == kSolid ? 3 : s == kRaw ? 3 * area : s == kPacked ? r.height * rowBytes : 0;
     const auto entry = [&](int i) { return i < size ? mapped(&b[size_t(3 * i)]) : 0u; };
     const auto fail = [&](std::initializer_list<Site> sites) { return o.result = -1, o.trail = kit::trail(sites), o; };
     const Site image[] = {Site::rawTile, Site::solidTile, Site::packedTile, Site::plainRleTile, Site::paletteRleTile};
@@ -74,7 +76,7 @@ Outcome model(Slot s, int32_t arg, const Bytes &b, const UiRect &r, bool low) {
     if (!inside(r)) return pos = need, fail({Site::imageWrite, image[s]});  // after the body
     for (int64_t i = 0, x = 0, y = 0; s <= kPacked && i < area; x = ++i % w, y = i / w)
         o.pixels.push_back(s == kSolid ? mapped(&b[0]) : s == kRaw ? mapped(&b[size_t(3 * i)], low)
-                           : entry(b[size_t(pos + y * rowBytes + x * bits / 8)] >> (8 - bits - x * bits % 8) & ((1 << bits) - 1)));
+            : entry(b[size_t(pos + y * rowBytes + x * bits / 8)] >> (8 - bits - x * bits % 8) & ((1 << bits) - 1)));
     if (s <= kPacked) return pos += need, o.result = 1, o;
     while (int64_t(o.pixels.size()) < area) {
         if (s == kPlain ? n - pos < 3 : pos == n) return o;
@@ -103,11 +105,13 @@ void checkTile(const test::Library &lib, Slot s, int32_t arg, const UiRect &r, c
     const uint8_t *start = input == kNullPtr ? nullptr : in.data();
     left = left == INT32_MIN ? in.size() : left;
     UiTileStream t{r.left, r.top, r.width, r.height, input == kNullImage ? nullptr : &f.image(), &f.dirty(), start, left};
-    EXPECT_EQ(callTile(lib, s, arg, t), o.result);
+    EXPECT_EQ(s == kPacked       ? lib.slot<UiZrlePackedPaletteTileFn>(UI_SLOT_ZRLE_PACKED_PALETTE_TILE)(&t, arg)
+              : s == kPaletteRle ? lib.slot<UiZrlePaletteRleTileFn>(UI_SLOT_ZRLE_PALETTE_RLE_TILE)(&t, arg)
+                                 : lib.zrleTile(s == kRaw ? 0 : s == kSolid ? 1 : 128, t),
+              o.result);
     EXPECT_EQ(uintptr_t(t.ptr) - uintptr_t(start), uint64_t(o.consumed));
     EXPECT_EQ(left - t.left, o.consumed);
     EXPECT_EQ(log.trail(), o.trail);
-    EXPECT_TRUE(t.x == r.left && t.y == r.top && t.width == r.width && t.height == r.height && t.dirty == &f.dirty());
     expectFrame(f, r, o.pixels, o.result == 1);
 }
 
@@ -115,31 +119,27 @@ uint32_t pal(int i) { return uint32_t(0x804010 + i * 0x010101); }  // palette en
 Bytes palette(int size) { Bytes out; while (out.length() < 3 * size) out.colour(pal(out.length() / 3)); return out; }
 
 TEST(ZrleTiles, DocumentedCasesAndRefusals) {
-    const Bytes abc = {0xAA, 0xBB, 0xCC}, rle4x2 = Bytes(abc)({2, 0x11, 0x22, 0x33, 4});
+    const Bytes abc = {0xAA, 0xBB, 0xCC}, rle = Bytes(abc)({2, 0x11, 0x22, 0x33, 4});
     const auto img = [](Site s) { return kit::trail({Site::imageWrite, s}); };
     const auto one = [](Site s) { return kit::trail({s}); };
     const Trail emptyAt32 = {kit::entry(Site::tileRange, "1,0->1,1 of 2,2")};
-    const struct { const char *name; Slot s; int32_t arg; UiRect r; Bytes body; Outcome o; Input input = kBody; int32_t left = INT32_MIN; } cases[] = {
-        {"solid negative width", kSolid, 0, {8, 8, -1, 16}, abc, {-1, 3, {}, img(Site::solidTile)}},
+    const struct { const char *name; Slot s; int32_t arg; UiRect r; Bytes body; Outcome o; Input in = kBody;
+                   int32_t left = INT32_MIN; } cases[] = {
         {"solid null ptr", kSolid, 0, {8, 8, 2, 2}, {}, {-1, 0, {}, one(Site::solidTile)}, kNullPtr, 3},
         {"solid null image", kSolid, 0, {8, 8, 2, 2}, abc, {-1, 3, {}, one(Site::solidTile)}, kNullImage},
-        {"solid negative left", kSolid, 0, {8, 8, 2, 2}, abc, {0, 0}, kBody, -3},
         {"solid empty", kSolid, 0, {32, 0, 0, 16}, abc, {1, 3, {}, emptyAt32}},
         {"raw high byte first", kRaw, 0, {5, 7, 1, 2}, {0x10, 0x20, 0x30, 1, 2, 3, 4}, {1, 6, {0x102030, 0x010203}}},
         {"raw negative width", kRaw, 0, {8, 8, -2, 2}, Bytes(12, 7), {-1, 0, {}, img(Site::rawTile)}},
         {"raw more pixels than 2^31", kRaw, 0, {0, 0, 65536, 65536}, Bytes(12, 7), {0, 0}},
         {"raw more bytes than 2^31", kRaw, 0, {0, 0, 1, 0x2AAAAAAB}, Bytes(12, 7), {0, 0}},
         {"raw null ptr", kRaw, 0, {8, 8, 2, 2}, {}, {-1, 12, {}, one(Site::rawTileNull)}, kNullPtr, 12},
-        {"raw null ptr, short", kRaw, 0, {8, 8, 2, 2}, {}, {0, 0}, kNullPtr, 11},
-        {"plain huge width", kPlain, 0, {8, 8, INT32_MAX, 1}, rle4x2, {-1, 0, {}, img(Site::plainRleTile)}},
         {"plain null ptr", kPlain, 0, {8, 8, 2, 2}, {}, {-1, 0, {}, one(Site::plainRleTile)}, kNullPtr, 4},
         {"plain nine in eight", kPlain, 0, {8, 8, 4, 2}, Bytes(abc)({8, 1}), {-1, 4, {}, one(Site::plainRleRun)}},
-        {"plain negative left", kPlain, 0, {8, 8, 2, 2}, rle4x2, {0, 0}, kBody, -4},
-        {"plain empty", kPlain, 0, {32, 0, 0, 2}, rle4x2, {1, 0, {}, emptyAt32}},
+        {"plain empty", kPlain, 0, {32, 0, 0, 2}, rle, {1, 0, {}, emptyAt32}},
         {"packed size 17", kPacked, 17, {0, 0, 4, 4}, palette(17), {-1, 0, {}, one(Site::packedSize)}},
         {"packed size -1", kPacked, -1, {0, 0, 4, 4}, palette(2), {-1, 0, {}, one(Site::packedSize)}},
         {"packed index 3 of three", kPacked, 3, {1, 1, 4, 1}, palette(3)({0xE4}), {1, 10, {0, pal(2), pal(1), pal(0)}}},
-        {"packed size 1", kPacked, 1, {1, 1, 9, 1}, palette(1)({0x55, 0x80}), {1, 5, {pal(0), 0, pal(0), 0, pal(0), 0, pal(0), 0, 0}}},
+        {"packed size 1", kPacked, 1, {1, 1, 5, 1}, palette(1)({0x55}), {1, 4, {pal(0), 0, pal(0), 0, pal(0)}}},
         {"packed 1-bit null ptr", kPacked, 2, {8, 8, 8, 2}, {}, {-1, 0, {}, one(Site::packedNull1)}, kNullPtr, 20},
         {"packed 2-bit null ptr", kPacked, 3, {8, 8, 8, 2}, {}, {-1, 0, {}, one(Site::packedNull2)}, kNullPtr, 20},
         {"packed 4-bit null ptr", kPacked, 5, {8, 8, 8, 2}, {}, {-1, 0, {}, one(Site::packedNull4)}, kNullPtr, 20},
@@ -149,28 +149,18 @@ TEST(ZrleTiles, DocumentedCasesAndRefusals) {
         {"palette rle 127", kPaletteRle, 127, {0, 0, 2, 2}, palette(2), {-1, 0, {}, one(Site::paletteRleTile)}},
         {"palette rle 256", kPaletteRle, 256, {0, 0, 2, 2}, palette(127), {-1, 0, {}, one(Site::paletteRleTile)}},
         {"palette rle null ptr", kPaletteRle, 130, {8, 8, 2, 2}, {}, {-1, 0, {}, one(Site::paletteRleTile)}, kNullPtr, 20},
-        {"palette rle no palette, null ptr", kPaletteRle, 128, {8, 8, 2, 2}, {}, {-1, 0, {}, one(Site::paletteRleTile)}, kNullPtr, 1},
+        {"palette rle 128, null ptr", kPaletteRle, 128, {8, 8, 2, 2}, {}, {-1, 0, {}, one(Site::paletteRleTile)}, kNullPtr, 1},
     };
     test::Library lib;
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
-        checkTile(lib, c.s, c.arg, c.r, c.body, c.o, c.input, c.left);
+        checkTile(lib, c.s, c.arg, c.r, c.body, c.o, c.in, c.left);
     }
 }
 
-// Pictures in blocks of bw x bh of 1 to 130 colours, noisy when `noise`.
-kit::Picture blocks(std::mt19937 &rng, int32_t w, int32_t h, int colours, bool noise) {
-    kit::Picture p(w, h);
-    const int32_t bw = pick(rng, 1, w), bh = pick(rng, 1, h);
-    for (int32_t i = 0; i < w * h; ++i)
-        p.pixels[size_t(i)] = uint32_t((i % w / bw * 31 + i / w / bh * 7 + (noise ? pick(rng, 0, colours) : 0)) % colours) * 0x01F3A7;
-    return p;
-}
-
-// Tiles of 1x1 to 16x12 and 40x16 (runs past 255) through the kit's encoder
-// (the smallest body); every third body changed, the others with one byte
-// more.  Cut at every byte, in the frame and partly beside it, against the
-// reference decoder, which gives the pictures back.  The cuts reach every report.
+// Tiles of 1x1 to 16x12 and 40x16 (runs past 255) from the kit's encoder, a
+// third changed, the others with a byte more, cut at every byte, in the frame
+// and beside it, against the reference decoder; it gives the pictures back.
 TEST(ZrleTiles, EncodedBodiesCutAtEveryByteMatchTheModel) {
     test::Library lib;
     std::mt19937 rng(7);
@@ -184,7 +174,7 @@ TEST(ZrleTiles, EncodedBodiesCutAtEveryByteMatchTheModel) {
         const Slot s = sub == 0 ? kRaw : sub == 1 ? kSolid : sub <= 16 ? kPacked : sub == 128 ? kPlain : kPaletteRle;
         kinds.insert(s == kPacked ? 10 + (sub > 2) + (sub > 4) : s);
         body.erase(body.begin());
-        if (i % 3 == 0) ++body.back();  // for run-length bodies, the last run one pixel too long
+        if (i % 3 == 0) ++body.back();  // in run-length bodies, the last run one pixel too long
         if (i % 6 == 0) body[size_t(pick(rng, 0, body.length() - 1))] += uint8_t(pick(rng, 1, 255));
         if (i % 3 != 0) body.push_back(0x42);
         lib.setSourceByteOrder(uint8_t(i % 3 * 3));  // any non-zero value is low byte first
@@ -192,48 +182,44 @@ TEST(ZrleTiles, EncodedBodiesCutAtEveryByteMatchTheModel) {
         if (i % 3 != 0) EXPECT_EQ(model(s, sub, body, in, true).pixels, p.pixels);
         for (int pass = 0; pass < 2; ++pass)
             for (size_t cut = 0; cut <= body.size(); cut += pass || s == kRaw || s == kPacked ? 1 + body.size() / 40 : 1) {
-                SCOPED_TRACE(testing::Message() << "tile " << i << " sub-encoding " << sub << " " << w << "x" << h << " cut " << cut);
+                SCOPED_TRACE(testing::Message() << "tile " << i << " sub-encoding " << sub << " cut " << cut << " pass " << pass);
                 const Outcome o = model(s, sub, body.first(cut), pass ? beside : in, i % 3 != 0);
                 checkTile(lib, s, sub, pass ? beside : in, body.first(cut), o);
                 trails.insert(o.trail);
                 if (HasFailure()) return;
             }
     }
-    EXPECT_EQ(kinds, (std::set<int>{kRaw, kSolid, kPlain, kPaletteRle, 10, 11, 12}));  // and 1, 2 and 4-bit indexes
+    EXPECT_EQ(kinds, (std::set<int>{kRaw, kSolid, kPlain, kPaletteRle, 10, 11, 12}));  // 10-12: 1, 2, 4-bit indexes
     EXPECT_EQ(trails.size(), 8u);  // none, the five image refusals, the two runs too long
 }
 
 // The client's read callback: the rectangle's bytes and every request's
 // length; a request beyond the end delivers nothing.
-struct Feed { Bytes bytes; size_t pos = 0; std::vector<int32_t> requests; } feed;
+struct Feed { Bytes bytes; size_t pos = 0; std::vector<int32_t> reads; } feed;
 int readFeed(uint8_t *buffer, int32_t n) {
-    feed.requests.push_back(n);
+    feed.reads.push_back(n);
     if (n < 1 || size_t(n) > feed.bytes.size() - feed.pos) return 0;
     std::memcpy(buffer, feed.bytes.data() + feed.pos, size_t(n));
     return feed.pos += size_t(n), 1;
 }
 
-struct HexOutcome { int32_t result = 1; std::vector<int32_t> requests; Trail trail; };
-
-// Hextile as the encoding defines it; `out` gets the rectangle's pixels.
-HexOutcome hexModel(const Bytes &s, const UiRect &r, bool low, Pixels &out) {
-    HexOutcome o;
-    size_t pos = 0;
+// Hextile as the encoding defines it, for rectangles in a kW x kH frame.
+Outcome hexModel(const Bytes &s, const UiRect &r, bool low) {
+    Outcome o{1};
     uint8_t in[1530];
     const auto pull = [&](int32_t n) {
-        o.requests.push_back(n);
-        return size_t(n) <= s.size() - pos && (std::memcpy(in, &s[pos], size_t(n)), pos += size_t(n), true);
+        o.reads.push_back(n);
+        return n <= s.length() - o.consumed && (std::memcpy(in, &s[size_t(o.consumed)], size_t(n)), o.consumed += n, true);
     };
     const auto fail = [&](std::initializer_list<Site> sites) { return o.result = 0, o.trail = kit::trail(sites), o; };
-    out.clear();
     if (!inside(r)) return fail({Site::imageWrite, Site::hextileRect});
-    out.assign(size_t(r.width * r.height), kFill);
+    o.pixels.assign(size_t(r.width * r.height), kFill);
     uint32_t bg = 0, fg = 0;
     for (int32_t ty = 0; ty < r.height; ty += 16)
         for (int32_t tx = 0; tx < r.width; tx += 16) {
             const int32_t tw = std::min(16, r.width - tx), th = std::min(16, r.height - ty);
             const auto paint = [&](int32_t x, int32_t y, int32_t w, int32_t h, uint32_t c) {
-                for (int32_t j = 0; j < h; ++j) std::fill_n(&out[size_t((ty + y + j) * r.width + tx + x)], w, c);
+                for (int32_t j = 0; j < h; ++j) std::fill_n(&o.pixels[size_t((ty + y + j) * r.width + tx + x)], w, c);
             };
             if (!pull(1)) return fail({Site::hextileSubencoding});
             const uint8_t flags = in[0];
@@ -259,65 +245,33 @@ HexOutcome hexModel(const Bytes &s, const UiRect &r, bool low, Pixels &out) {
 }
 
 // One rectangle through readFeed on a fresh frame, checked whole against the
-// reference decoder, whose outcome and pixels it gives for hand checks.
-HexOutcome checkHextile(const test::Library &lib, const UiRect &r, const Bytes &s, bool low, Pixels &want) {
+// reference decoder, whose outcome it gives for hand checks.
+Outcome checkHextile(const test::Library &lib, const UiRect &r, const Bytes &s, bool low) {
     kit::Frame f(kW, kH, kFill);
     kit::LogCapture log;
     feed = Feed{s, 0, {}};
-    const HexOutcome o = hexModel(s, r, low, want);
+    const Outcome o = hexModel(s, r, low);
     EXPECT_EQ(lib.hextileRect(&f.image(), &f.dirty(), r, readFeed), o.result);
-    EXPECT_EQ(feed.requests, o.requests);
+    EXPECT_EQ(feed.reads, o.reads);
+    EXPECT_EQ(feed.pos, o.consumed);
     EXPECT_EQ(log.trail(), o.trail);
-    expectFrame(f, r, want, o.result == 1);
+    expectFrame(f, r, o.pixels, o.result == 1);
     return o;
 }
 
-TEST(Hextile, DocumentedCasesAndRefusals) {
-    test::Library lib;
-    lib.setSourceByteOrder(1);
-    const Bytes fit = {2 | 4 | 8, 1, 1, 1, 0, 2, 2, 2, 0, 1, 0xF0, 0x00};  // one 1x1 at 15,0
-    const UiRect one{8, 8, 16, 16};
-    const Trail outside = kit::trail({Site::imageWrite, Site::hextileRect});
-    Bytes raw = {0xFF};  // 40x20: raw tiles 16, 16, 8 wide, 16 and 4 high (other flags ignored); the last one short
-    for (int t = 0; t < 5; ++t) raw(Bytes(size_t(4 * (t % 3 == 2 ? 8 : 16) * (t < 3 ? 16 : 4)), uint8_t(t + 1)))({uint8_t(t ? 1 : 0x1F)});
-    const struct { const char *name; UiRect r; Bytes s; std::vector<int32_t> requests; Trail trail; std::vector<std::array<uint32_t, 3>> probes; } cases[] = {
-        {"40x20 raw", {4, 10, 40, 20}, raw, {1, 1024, 1, 1024, 1, 512, 1, 256, 1, 256, 1, 128}, kit::trail({Site::hextileRaw, Site::hextileRawTile}),
-         {{15, 15, 0x010101}, {16, 0, 0x020202}, {39, 15, 0x030303}, {0, 16, 0x040404}, {31, 19, 0x050505}, {32, 16, kFill}}},
-        {"fits in 16", one, fit, {1, 4, 4, 1, 2}, {}, {{15, 0, 0x020202}, {14, 0, 0x010101}, {15, 1, 0x010101}}},
-        {"skipped in 15", {8, 8, 15, 16}, fit, {1, 4, 4, 1, 2}, {}, {{14, 0, 0x010101}}},
-        {"coloured count 0", one, {24, 0, 1, 2}, {1, 1}, kit::trail({Site::hextileColouredCount, Site::hextileColouredTile}), {}},
-        {"plain count 0", one, {8, 0, 1, 2}, {1, 1}, kit::trail({Site::hextileCount, Site::hextilePlainTile}), {}},
-        {"outside", {40, 8, 16, 16}, {0}, {}, outside, {}},
-        {"negative width", {8, 8, -1, 16}, {0}, {}, outside, {}},
-        {"huge height", {8, 8, 16, INT32_MAX}, {0}, {}, outside, {}},
-    };
-    for (const auto &c : cases) {
-        SCOPED_TRACE(c.name);
-        Pixels want;
-        const HexOutcome o = checkHextile(lib, c.r, c.s, true, want);
-        EXPECT_EQ(o.requests, c.requests);
-        EXPECT_EQ(o.trail, c.trail);
-        for (const auto &[x, y, colour] : c.probes) EXPECT_EQ(want[y * uint32_t(c.r.width) + x], colour) << x << "," << y;
-    }
-}
-
-// No image, rectangle or callback: refused before reading; an empty rectangle
-// reads nothing; without a tile map nothing is marked.
-TEST(Hextile, MissingRecordsAndEmptyRectangles) {
+// No image, rectangle or callback: refused before reading.
+TEST(Hextile, MissingRecords) {
     test::Library lib;
     kit::Frame f(kW, kH, kFill);
     kit::LogCapture log;
-    const UiRect one{8, 8, 16, 16}, empty{32, 0, 0, 16};
+    const UiRect one{8, 8, 16, 16};
     const auto hextile = lib.slot<UiHextileRectFn>(UI_SLOT_HEXTILE_RECT);
-    feed = Feed{{2, 7, 8, 9, 0}, 0, {}};
+    feed = Feed{{0}, 0, {}};
     EXPECT_EQ(hextile(nullptr, &f.dirty(), &one, readFeed) + hextile(&f.image(), &f.dirty(), nullptr, readFeed), 0);
     EXPECT_EQ(hextile(&f.image(), &f.dirty(), &one, nullptr), 0);
-    EXPECT_EQ(hextile(&f.image(), &f.dirty(), &empty, readFeed), 1);
-    EXPECT_TRUE(feed.requests.empty());
-    Trail want = kit::trail({Site::hextileRect, Site::hextileRect, Site::hextileSubencoding});
-    EXPECT_EQ(log.trail(), (want.push_back(kit::entry(Site::tileRange, "1,0->1,1 of 2,2")), want));
-    EXPECT_EQ(hextile(&f.image(), nullptr, &one, readFeed), 1);
-    expectFrame(f, one, Pixels(256, 0x070809), false);
+    EXPECT_TRUE(feed.reads.empty());
+    EXPECT_EQ(log.trail(), kit::trail({Site::hextileRect, Site::hextileRect, Site::hextileSubencoding}));
+    expectFrame(f, one, {}, false);
 }
 
 // A stream whose tiles take the 32 flag combinations in turn, with random
@@ -327,45 +281,43 @@ Bytes hexGenerate(std::mt19937 &rng, const UiRect &r, int &flags) {
     const auto random = [&](int n) { for (; n > 0; --n) out.push_back(uint8_t(pick(rng, 0, 255))); };
     for (int32_t ty = 0; ty < r.height; ty += 16)
         for (int32_t tx = 0; tx < r.width; tx += 16) {
-            const int f = flags++ % 32, count = pick(rng, 0, 15) == 0 ? 0 : pick(rng, 1, 6);
+            const int f = flags % 32, count = (flags++ / 32 + f) % 7;  // 0 now and then
             out.push_back(uint8_t(f));
             random(f & 1 ? 4 * std::min(16, r.width - tx) * std::min(16, r.height - ty) : (f & 2 ? 4 : 0) + (f & 4 ? 4 : 0));
             if ((f & 9) != 8) continue;  // raw, or no subrectangles
             out.push_back(uint8_t(count));
-            for (int i = 0; i < count; ++i)
-                random(f & 16 ? 4 : 0), out({uint8_t(pick(rng, 0, 255) & (i % 2 ? 0x77 : 0xFF)), uint8_t(pick(rng, 0, 255) & (i % 2 ? 0x33 : 0xFF))});
+            for (int i = 0; i < count; ++i) random(f & 16 ? 5 : 1), out.push_back(uint8_t(pick(rng, 0, i % 2 ? 0x33 : 0xFF)));
         }
     return out;
 }
 
-// Rectangles of 1x1 to 48x40, their streams generated or from the kit's
-// encoder, cut at every read and one byte into it, against the reference
-// decoder.  Uncut, the encoder's pictures come back, every byte is read and a
-// tile takes at most five reads.  The cuts reach every failure.
+// Rectangles of 1x1 to 48x40 (and beside the frame), streams generated or from
+// the kit's encoder cut at every read and one byte into it, against the
+// reference decoder; it gives the encoder's pictures back reading every byte,
+// at most five reads a tile.  The cuts reach every failure.
 TEST(Hextile, StreamsCutAtEveryReadMatchTheModel) {
     test::Library lib;
     std::mt19937 rng(11);
     std::set<Trail> trails;
     for (int i = 0, flags = 0; i < 96; ++i) {
-        const int32_t w = 1 + i * 13 % kW, h = 1 + i * 7 % kH;
+        const int32_t w = i ? 1 + i * 13 % kW : 40, h = i ? 1 + i * 7 % kH : 20, tiles = (w + 15) / 16 * ((h + 15) / 16);
         const UiRect r{i % (kW - w + 1), i * 3 % (kH - h + 1), w, h};
         const kit::Picture p = blocks(rng, w, h, std::array{1, 2, 3, 9, 130}[i / 2 % 5], i % 4 < 2);
         const bool encoded = i % 2 == 0, low = encoded || i % 4 == 1;  // the encoder writes blue, green, red, 0
         lib.setSourceByteOrder(low);
         const Bytes s = encoded ? kit::hextile(p) : hexGenerate(rng, r, flags);
-        Pixels want;
-        std::vector<size_t> cuts = {s.size()};
-        size_t at = 0;
-        for (int32_t n : hexModel(s, r, low, want).requests) cuts.insert(cuts.end(), {at, at + 1}), at += size_t(n);
-        if (encoded) EXPECT_EQ(want, p.pixels);
-        for (size_t cut : cuts) {
+        const Outcome whole = hexModel(s, r, low);
+        if (encoded) EXPECT_TRUE(whole.pixels == p.pixels && whole.consumed == s.length() && whole.reads.size() <= 5u * tiles);
+        std::vector<int64_t> cuts = {s.length()};
+        for (int64_t at = 0; int32_t n : whole.reads) cuts.insert(cuts.end(), {at, at + 1}), at += n;
+        trails.insert(checkHextile(lib, {kW - w + 1, r.top, w, h}, s, low).trail);
+        for (int64_t cut : cuts) {
             SCOPED_TRACE(testing::Message() << "stream " << i << " " << w << "x" << h << " cut " << cut << " of " << s.size());
-            trails.insert(checkHextile(lib, r, s.first(std::min(cut, s.size())), low, want).trail);
-            if (cut == s.size() && encoded) EXPECT_TRUE(feed.pos == s.size() && feed.requests.size() <= size_t(5 * ((w + 15) / 16) * ((h + 15) / 16)));
+            trails.insert(checkHextile(lib, r, s.first(size_t(std::min<int64_t>(cut, s.length()))), low).trail);
             if (HasFailure()) return;
         }
     }
-    EXPECT_EQ(trails.size(), 10u);  // success and each of the nine read failures
+    EXPECT_EQ(trails.size(), 11u);  // success, the refusal and the nine read failures
 }
 
 }  // namespace
