@@ -291,10 +291,10 @@ Bytes hexGenerate(std::mt19937 &rng, const UiRect &r, int &flags) {
     return out;
 }
 
-// Rectangles of 1x1 to 48x40 (and beside the frame), streams generated or from
-// the kit's encoder cut at every read and one byte into it, against the
-// reference decoder; it gives the encoder's pictures back reading every byte,
-// at most five reads a tile.  The cuts reach every failure.
+// Rectangles of 40x20 (tiles 16, 16, 8 wide, 16 and 4 high), 1x1 to 48x40 and
+// beside the frame; streams generated or from the kit's encoder, cut at every
+// read and one byte into it, against the reference decoder, which gives the
+// encoder's pictures back reading every byte, at most five reads a tile.
 TEST(Hextile, StreamsCutAtEveryReadMatchTheModel) {
     test::Library lib;
     std::mt19937 rng(11);
