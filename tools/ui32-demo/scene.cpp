@@ -12,10 +12,12 @@
 #include <cstring>
 #include <string_view>
 
-#include "codecs.h"
 #include "font.h"
 #include "pictures.h"
 #include "text.h"
+#ifdef UI32_DEMO_PEER
+#include "peer.h"
+#endif
 
 namespace demo {
 namespace {
@@ -51,6 +53,31 @@ const Window *const kWindows[] = {&kTerminal, &kRemote, &kPaint, &kPhotos, &kNot
 
 UiClipRect clipOf(int x, int y, int w, int h) { return {x, y, x + w - 1, y + h - 1}; }
 
+using Encoder = kit::Bytes (*)(const Picture &);
+
+// How the interleaved streams were made: by FreeRDP 2's encoder, as servers
+// make them, or as rows of plain colour images.
+struct {
+    int peer = 0, images = 0;
+} interleavedStreams;
+
+// FreeRDP 2's interleaved stream of a picture (at most 64 x 64, widths a
+// multiple of 4) where its own decoder gives the picture back: some of its
+// colour images carry scratch bytes instead of the pixels.  Otherwise, and
+// without FreeRDP 2, rows of colour images.
+kit::Bytes interleaved(const Picture &p) {
+#ifdef UI32_DEMO_PEER
+    static kit::PeerDecoders decoders;
+    kit::Bytes out;
+    std::vector<uint32_t> back, colours(p.pixels);
+    for (uint32_t &c : colours) c &= 0xFFFFFF;
+    if (kit::peerInterleaved(p, out) && decoders.interleaved(out.data(), out.length(), p.width, p.height, back) &&
+        back == colours)
+        return ++interleavedStreams.peer, out;
+#endif
+    return ++interleavedStreams.images, kit::interleavedImages(p);
+}
+
 // The Hextile read callback has no context argument: the bytes of the
 // rectangle being decoded wait here.
 struct HextileSource {
@@ -76,7 +103,7 @@ struct PointerRecord {
 
 class Scene {
 public:
-    Scene(Plugin &plugin, Screen &screen)
+    Scene(Plugin &plugin, kit::Frame &screen)
         : p_(plugin), s_(screen), small_(makeSmallFont()), large_(makeLargeFont()), fixed_(makeFixedFont()),
           icons_(kIconCount * 3, 128), symbols_(kSymbolCount, 8) {
         for (int i = 0; i < kIconCount; ++i) {
@@ -97,7 +124,7 @@ public:
         frameWindows();
         endFrame("windows");
         frameActivity();
-        report_.lastFrameTiles = s_.tiles;
+        report_.lastFrameTiles = s_.markedTiles();
         endFrame("activity");
         return report_;
     }
@@ -116,11 +143,12 @@ private:
     void endFrame(const char *name) {
         char line[160];
         const long calls = totalCalls();
-        std::snprintf(line, sizeof line, "frame %zu %-10s %5ld calls, %3d of %zu tiles dirty", report_.frames.size() + 1,
-                      name, calls - callsAtFrameStart_, s_.dirtyTiles(), s_.tiles.size());
+        std::snprintf(line, sizeof line, "frame %zu %-10s %5ld calls, %3zu of %d tiles marked", report_.frames.size() + 1,
+                      name, calls - callsAtFrameStart_, s_.markedTiles().size(),
+                      s_.dirty().columns * s_.dirty().rows);
         report_.frames.push_back(line);
         callsAtFrameStart_ = calls;
-        s_.clearDirty();
+        s_.clearTiles();
     }
 
     void check(const std::string &what, long mismatches, long total) {
@@ -140,16 +168,9 @@ private:
     void checkScreen(const std::string &what, const Picture &picture, int x0, int y0) {
         long bad = 0;
         for (int y = 0; y < picture.height; ++y)
-            for (int x = 0; x < picture.width; ++x) bad += s_.at(x0 + x, y0 + y) != (picture.at(x, y) & 0xFFFFFF);
+            for (int x = 0; x < picture.width; ++x)
+                bad += ((s_.at(x0 + x, y0 + y) ^ picture.at(x, y)) & 0xFFFFFF) != 0;
         check(what, bad, long(picture.width) * picture.height);
-    }
-
-    // Compares a decoded bitmap (rows bottom-up) with its picture.
-    void checkDecoded(const std::string &what, const Picture &picture, const std::vector<uint32_t> &decoded) {
-        const std::vector<uint32_t> expected = bottomUp(picture);
-        long bad = 0;
-        for (size_t i = 0; i < expected.size(); ++i) bad += (decoded[i] & 0xFFFFFF) != expected[i];
-        check(what, bad, long(expected.size()));
     }
 
     // ---------------------------------------------------------------------
@@ -176,10 +197,10 @@ private:
 
     // The same edges drawn by the client itself with hLine / vLine.
     void clientBevel(int x, int y, int w, int h, uint32_t light, uint32_t dark) {
-        p_.hLine(s_.image(), s_.dirty(), x, y, w, light);
-        p_.vLine(s_.image(), s_.dirty(), x, y, h, light);
-        p_.hLine(s_.image(), s_.dirty(), x, y + h - 1, w, dark);
-        p_.vLine(s_.image(), s_.dirty(), x + w - 1, y, h, dark);
+        p_.hLine(&s_.image(), &s_.dirty(), x, y, w, light);
+        p_.vLine(&s_.image(), &s_.dirty(), x, y, h, light);
+        p_.hLine(&s_.image(), &s_.dirty(), x, y + h - 1, w, dark);
+        p_.vLine(&s_.image(), &s_.dirty(), x + w - 1, y, h, dark);
     }
 
     UiPatBltOrder brush(int x, int y, int w, int h, int rop, uint32_t ones, uint32_t zeros, int style) {
@@ -209,96 +230,83 @@ private:
     // Frame 1: cache loads and the wallpaper as bitmap updates
     // ---------------------------------------------------------------------
 
-    void sendBitmap(int x, int y, const Picture &tile, const std::vector<uint8_t> &data, bool compressed, int bpp) {
+    void sendBitmap(int x, int y, const Picture &tile, const kit::Bytes &data, bool compressed, int bpp) {
         UiBitmapData b{};
-        b.destLeft = x;
-        b.destTop = y;
-        b.destRight = x + tile.width - 1;
-        b.destBottom = y + tile.height - 1;
-        b.width = tile.width;
-        b.height = tile.height;
-        b.bitsPerPixel = bpp;
-        b.flags = compressed ? 1 : 0;
-        b.bitmapLength = int32_t(data.size());
+        b.destLeft = x, b.destTop = y, b.destRight = x + tile.width - 1, b.destBottom = y + tile.height - 1;
+        b.width = tile.width, b.height = tile.height, b.bitsPerPixel = bpp, b.flags = compressed ? 1 : 0;
+        b.bitmapLength = data.length();
         b.bitmapDataStream = data.data();
         p_.bitmapUpdate(s_, b);
     }
 
-    void frameWallpaper() {
-        wallpaper_ = wallpaper(s_.width, s_.height);
-        InterleavedStats stats;
-        long interleavedBytes = 0, planarBytes = 0, rawPixels = 0;
-        int interleavedTiles = 0, planarTiles = 0, rawTiles = 0;
+    // A bitmap for the client's cache, rows bottom-up as MemBlt reads them:
+    // decoded by slot 8 in blocks of at most 64 x 64 (the most an
+    // interleaved stream holds) and checked against the picture.
+    std::vector<uint32_t> cacheBitmap(const std::string &what, const Picture &p, bool compressed, Encoder encode) {
+        std::vector<uint32_t> bitmap(p.pixels.size()), block;
+        bool decoded = true;
+        for (int by = 0; by < p.height; by += 64)
+            for (int bx = 0; bx < p.width; bx += 64) {
+                const Picture piece = p.crop(bx, by, std::min(64, p.width - bx), std::min(64, p.height - by));
+                block.assign(piece.pixels.size(), 0);
+                decoded = p_.decodeBitmap(piece.width, piece.height, encode(piece), compressed, block.data()) && decoded;
+                for (int r = 0; r < piece.height; ++r)  // block row r is bitmap row height - by - piece.height + r
+                    std::copy_n(&block[size_t(r) * size_t(piece.width)], piece.width,
+                                &bitmap[size_t(p.height - by - piece.height + r) * size_t(p.width) + size_t(bx)]);
+            }
+        if (!decoded) return checkFailed(what, "decoder returned 0"), bitmap;
+        const std::vector<uint32_t> expected = kit::bottomUp(p);
+        long bad = 0;
+        for (size_t i = 0; i < expected.size(); ++i) bad += (bitmap[i] & 0xFFFFFF) != expected[i];
+        check(what, bad, long(expected.size()));
+        return bitmap;
+    }
 
+    // The wallpaper in 64 x 64 bitmap updates: the bottom half (water and
+    // meadow) interleaved at 24 bits, then, from 32-bit sources on, the sky
+    // in planar tiles, mostly run-length planes, some raw, some with alpha.
+    // One tile of each half goes uncompressed.
+    void frameWallpaper() {
+        wallpaper_ = wallpaper(s_.width(), s_.height());
         // Bitmaps the later orders take from the client's bitmap cache,
         // while the source depth is still 3 bytes.
-        photoPicture_ = lakePhoto(256, 160);
-        photo_.assign(photoPicture_.pixels.size(), 0);
-        const std::vector<uint8_t> photoData = encodeInterleaved(photoPicture_, &stats);
-        if (p_.decodeBitmap(256, 160, photoData, true, photo_.data()))
-            checkDecoded("decodeBitmap interleaved photo", photoPicture_, photo_);
-        else checkFailed("decodeBitmap interleaved photo", "decoder returned 0");
-        toolbarPicture_ = toolbarIcons();
-        toolbar_.assign(toolbarPicture_.pixels.size(), 0);
-        if (p_.decodeBitmap(96, 16, rawBitmap(toolbarPicture_, 3), false, toolbar_.data()))
-            checkDecoded("decodeBitmap raw 24-bit toolbar", toolbarPicture_, toolbar_);
-        else checkFailed("decodeBitmap raw 24-bit toolbar", "decoder returned 0");
-
-        // Bottom half (water and meadow): interleaved run-length tiles, one sent
-        // uncompressed.
-        for (int ty = 6; ty < 12; ++ty)
-            for (int tx = 0; tx < 16; ++tx) {
-                const Picture tile = wallpaper_.crop(tx * 64, ty * 64, 64, 64);
-                if (tx == 3 && ty == 10) {
-                    sendBitmap(tx * 64, ty * 64, tile, rawBitmap(tile, 3), false, 24);
-                    ++rawTiles;
-                    rawPixels += 64 * 64;
-                    continue;
-                }
-                const std::vector<uint8_t> data = encodeInterleaved(tile, &stats);
-                interleavedBytes += long(data.size());
-                ++interleavedTiles;
-                sendBitmap(tx * 64, ty * 64, tile, data, true, 24);
+        photo_ = cacheBitmap("decodeBitmap interleaved photo", lakePhoto(256, 160), true, interleaved);
+        toolbar_ = cacheBitmap("decodeBitmap raw 24-bit toolbar", toolbarIcons(), false,
+                               [](const Picture &p) { return kit::rawBitmap(p, 3); });
+        int tiles[3] = {};  // interleaved, planar, raw
+        long bytes[3] = {};
+        for (const bool sky : {false, true}) {
+            if (sky) {
+                p_.setSourceBytesPerPixel4();
+                thumbs_ = cacheBitmap("decodeBitmap planar thumbnails", thumbnailStrip(), true,
+                                      [](const Picture &p) { return kit::planar(p, true, true); });
             }
-
-        // From here on bitmaps are 32-bit: planar tiles for the sky.
-        p_.setSourceBytesPerPixel4();
-        thumbsPicture_ = thumbnailStrip();
-        thumbs_.assign(thumbsPicture_.pixels.size(), 0);
-        if (p_.decodeBitmap(256, 48, encodePlanar(thumbsPicture_, true, true), true, thumbs_.data()))
-            checkDecoded("decodeBitmap planar thumbnails", thumbsPicture_, thumbs_);
-        else checkFailed("decodeBitmap planar thumbnails", "decoder returned 0");
-        for (int ty = 0; ty < 6; ++ty)
-            for (int tx = 0; tx < 16; ++tx) {
-                const Picture tile = wallpaper_.crop(tx * 64, ty * 64, 64, 64);
-                if (tx == 12 && ty == 1) {
-                    sendBitmap(tx * 64, ty * 64, tile, rawBitmap(tile, 4), false, 32);
-                    ++rawTiles;
-                    rawPixels += 64 * 64;
-                    continue;
+            for (int ty = sky ? 0 : 6; ty < (sky ? 6 : 12); ++ty)
+                for (int tx = 0; tx < 16; ++tx) {
+                    const Picture tile = wallpaper_.crop(tx * 64, ty * 64, 64, 64);
+                    const int kind = (tx == 3 && ty == 10) || (tx == 12 && ty == 1) ? 2 : sky ? 1 : 0;
+                    const int variant = (tx + ty) % 8;
+                    const kit::Bytes data = kind == 2 ? kit::rawBitmap(tile, sky ? 4 : 3)
+                                            : sky     ? kit::planar(tile, variant >= 2, variant >= 1 && variant <= 3)
+                                                      : interleaved(tile);
+                    ++tiles[kind];
+                    bytes[kind] += data.length();
+                    sendBitmap(tx * 64, ty * 64, tile, data, kind != 2, sky ? 32 : 24);
                 }
-                const int kind = (tx + ty) % 8;  // mostly run-length planes, some raw, some with alpha
-                const bool rle = kind >= 2;
-                const bool alpha = kind == 1 || kind == 2 || kind == 3;
-                const std::vector<uint8_t> data = encodePlanar(tile, rle, alpha);
-                planarBytes += long(data.size());
-                ++planarTiles;
-                sendBitmap(tx * 64, ty * 64, tile, data, true, 32);
-            }
+        }
         checkScreen("wallpaper from bitmap updates", wallpaper_, 0, 0);
-
-        char note[400];
-        std::snprintf(note, sizeof note,
-                      "wallpaper: %d interleaved tiles (%ld bytes), %d planar tiles (%ld bytes), %d raw tiles "
-                      "(%ld bytes uncompressed)",
-                      interleavedTiles, interleavedBytes, planarTiles, planarBytes, rawTiles, rawPixels * 7 / 2);
+        char note[300];
+        std::snprintf(note, sizeof note, "wallpaper: %d interleaved tiles (%ld bytes), %d planar tiles (%ld bytes), "
+                      "%d raw tiles (%ld bytes)", tiles[0], bytes[0], tiles[1], bytes[1], tiles[2], bytes[2]);
         report_.notes.push_back(note);
-        std::snprintf(note, sizeof note,
-                      "interleaved orders: %ld colour runs, %ld background runs, %ld foreground runs (%ld setting it), "
-                      "%ld dithered, %ld fg/bg images, %ld special, %ld white/black, %ld colour images, %ld mega-mega",
-                      stats.colourRuns, stats.backgroundRuns, stats.foregroundRuns + stats.setForegroundRuns,
-                      stats.setForegroundRuns, stats.ditheredRuns, stats.fgbgImages, stats.specials, stats.whiteBlack,
-                      stats.colourImages, stats.megaMega);
+#ifdef UI32_DEMO_PEER
+        std::snprintf(note, sizeof note, "interleaved: %d of %d streams from FreeRDP 2's encoder; the rest, where its "
+                      "stream does not decode to the picture, as colour images", interleavedStreams.peer,
+                      interleavedStreams.peer + interleavedStreams.images);
+#else
+        std::snprintf(note, sizeof note, "interleaved: %d streams as colour images (built without FreeRDP 2, whose "
+                      "encoder makes them where it is found)", interleavedStreams.images);
+#endif
         report_.notes.push_back(note);
     }
 
@@ -308,7 +316,7 @@ private:
 
     void frameDesktop() {
         static const char *const labels[kIconCount] = {"Computer", "Documents", "Network", "Trash"};
-        const UiClipRect screen = s_.everything();
+        const UiClipRect screen = s_.all();
         for (int i = 0; i < kIconCount; ++i) {
             const int x = 26, y = 22 + 88 * i;
             for (int l = 0; l < 3; ++l) p_.fastGlyph(s_, glyphOrder(icons_, i * 3 + l, x, y, iconColours_[i][l]), screen);
@@ -338,12 +346,12 @@ private:
     }
 
     void taskbar() {
-        const UiClipRect screen = s_.everything();
-        p_.fillBufferRect(s_.image(), s_.dirty(), UiRect{0, kTaskbarTop, s_.width, s_.height - kTaskbarTop}, kFace);
-        p_.hLine(s_.image(), s_.dirty(), 0, kTaskbarTop + 1, s_.width, kWhite);
+        const UiClipRect screen = s_.all();
+        p_.fillBufferRect(&s_.image(), &s_.dirty(), UiRect{0, kTaskbarTop, s_.width(), s_.height() - kTaskbarTop}, kFace);
+        p_.hLine(&s_.image(), &s_.dirty(), 0, kTaskbarTop + 1, s_.width(), kWhite);
         clientBevel(2, kTaskbarTop + 4, 60, 26, kWhite, kDark);
         text(large_, 8, kTaskbarTop + 22, "Start", kBlack, screen);
-        p_.vLine(s_.image(), s_.dirty(), 66, kTaskbarTop + 4, 26, kShadow);
+        p_.vLine(&s_.image(), &s_.dirty(), 66, kTaskbarTop + 4, 26, kShadow);
         for (int i = 0; i < 5; ++i) {
             const Window &w = *kWindows[i];
             const int x = 72 + 146 * i, y = kTaskbarTop + 4;
@@ -380,7 +388,7 @@ private:
         std::memcpy(o.rgbData, time, size_t(o.cbData));
         o.glyphCache = small_.cache.descriptor();
         o.opRectExplicit = 0;
-        p_.glyphIndex(s_, o, s_.everything());
+        p_.glyphIndex(s_, o, s_.all());
     }
 
     // ---------------------------------------------------------------------
@@ -448,7 +456,7 @@ private:
         if (consoleRow_ == kConsoleRows) {  // scroll up one row
             p_.copyRect(s_, UiRect{consoleX(), consoleY(), kConsoleColumns * 8, (kConsoleRows - 1) * 16}, consoleX(),
                         consoleY() + 16);
-            p_.fillBufferRect(s_.image(), s_.dirty(),
+            p_.fillBufferRect(&s_.image(), &s_.dirty(),
                               UiRect{consoleX(), consoleY() + (kConsoleRows - 1) * 16, kConsoleColumns * 8, 16}, kBlack);
             --consoleRow_;
         }
@@ -458,7 +466,7 @@ private:
             if (s[i] == ' ') continue;
             const uint32_t colour = i < promptEnd ? rgb(96, 224, 112) : prompt ? kWhite : rgb(190, 190, 190);
             const Cell8x16 cell = consoleCell(s[i]);
-            p_.drawChar8x16(s_.image(), s_.dirty(), consoleX() + int(i) * 8, consoleY() + consoleRow_ * 16, cell.data(),
+            p_.drawChar8x16(&s_.image(), &s_.dirty(), consoleX() + int(i) * 8, consoleY() + consoleRow_ * 16, cell.data(),
                             colour);
         }
         ++consoleRow_;
@@ -466,7 +474,7 @@ private:
 
     void terminalWindow() {
         windowFrame(kTerminal);
-        p_.fillBufferRect(s_.image(), nullptr,
+        p_.fillBufferRect(&s_.image(), nullptr,
                           UiRect{kTerminal.clientX(), kTerminal.clientY(), kTerminal.clientW(), kTerminal.clientH()},
                           kBlack);
         static const char *const session[] = {
@@ -498,10 +506,10 @@ private:
         p_.setSourceByteOrder(1);
         const Picture desktop = remoteDesktop();
         const int zx = kRemote.clientX() + 8, zy = kRemote.clientY() + 4;
-        const std::vector<uint8_t> zrle = encodeZrleRect(desktop);
+        const kit::Bytes zrle = kit::zrleRect(desktop);
         UiTileStream tile{};
-        tile.image = s_.image();
-        tile.dirty = s_.dirty();
+        tile.image = &s_.image();
+        tile.dirty = &s_.dirty();
         tile.ptr = zrle.data();
         tile.left = int32_t(zrle.size());
         int painted = 0, tiles = 0;
@@ -531,7 +539,7 @@ private:
         report_.notes.push_back(note);
 
         const Picture document = remoteDocument();
-        const std::vector<uint8_t> hextile = encodeHextile(document);
+        const kit::Bytes hextile = kit::hextile(document);
         hextileSource = {hextile.data(), hextile.size(), 0};
         const int hx = zx, hy = zy + desktop.height + 4;
         if (p_.hextileRect(s_, UiRect{hx, hy, document.width, document.height}, &readHextile) &&
@@ -856,17 +864,17 @@ private:
                 andMask[at] = opaque ? 0 : 0xFFFFFF;
                 xorImage[at] = opaque ? image[r * 32 + c] : 0;
             }
-        memBlt(x, y, w, h, 0x88, 0, 0, andMask, w, h, s_.everything());
-        memBlt(x, y, w, h, 0x66, 0, 0, xorImage, w, h, s_.everything());
+        memBlt(x, y, w, h, 0x88, 0, 0, andMask, w, h, s_.all());
+        memBlt(x, y, w, h, 0x66, 0, 0, xorImage, w, h, s_.all());
     }
 
     Plugin &p_;
-    Screen &s_;
+    kit::Frame &s_;
     Font small_, large_, fixed_;
     GlyphCache icons_, symbols_;
     uint32_t iconColours_[kIconCount][3] = {};
     FragmentBook book_;
-    Picture wallpaper_, photoPicture_, toolbarPicture_, thumbsPicture_;
+    Picture wallpaper_;
     std::vector<uint32_t> photo_, toolbar_, thumbs_, tartan_;
     SceneReport report_;
     long callsAtFrameStart_ = 0;
@@ -874,7 +882,7 @@ private:
 
 }  // namespace
 
-SceneReport drawDesktop(Plugin &plugin, Screen &screen) {
+SceneReport drawDesktop(Plugin &plugin, kit::Frame &screen) {
     Scene scene(plugin, screen);
     return scene.run();
 }

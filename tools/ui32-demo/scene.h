@@ -9,15 +9,15 @@
 namespace demo {
 
 struct SceneReport {
-    std::vector<std::string> frames;    // one line per frame
-    std::vector<std::string> checks;    // one line per round-trip check
-    std::vector<std::string> notes;     // encoder statistics
+    std::vector<std::string> frames;  // one line per frame
+    std::vector<std::string> checks;  // one line per round-trip check
+    std::vector<std::string> notes;   // what the encoders made
     int failedChecks = 0;
-    std::vector<uint8_t> lastFrameTiles;  // the tile map after the last frame
+    std::vector<int> lastFrameTiles;  // the tiles marked by the last frame
 };
 
-// Draws the whole scene into `screen`: wallpaper, desktop, windows, then a
-// frame of activity whose dirty tiles stay in the report.
-SceneReport drawDesktop(Plugin &plugin, Screen &screen);
+// Draws the whole scene into `frame`: wallpaper, desktop, windows, then a
+// frame of activity whose marked tiles stay in the report.
+SceneReport drawDesktop(Plugin &plugin, kit::Frame &frame);
 
 }  // namespace demo
