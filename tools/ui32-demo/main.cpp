@@ -57,16 +57,16 @@ int main(int argc, char **argv) {
         else return std::fprintf(stderr, "usage: ui32-demo [--plugin PATH] [--out DIR]\n"), 2;
     }
 
-    demo::Plugin plugin;
+    kit::Table table;
     std::string error;
-    if (!plugin.load(pluginPath, UiConfig{kit::kHatchPatterns, 3}, error)) {
+    if (!demo::loadCounted(pluginPath, UiConfig{kit::kHatchPatterns, 3}, table, error)) {
         std::fprintf(stderr, "ui32-demo: cannot load %s: %s\n", pluginPath.c_str(), error.c_str());
         return 1;
     }
     std::printf("ui32-demo: %dx%d desktop drawn by %s\n", kWidth, kHeight, pluginPath.c_str());
 
     kit::Frame frame(kWidth, kHeight);
-    demo::SceneReport report = demo::drawDesktop(plugin, frame);
+    demo::SceneReport report = demo::drawDesktop(table, frame);
     const bool guards = frame.guardsIntact();
     char line[120];
     std::snprintf(line, sizeof line, "check %-40s %s", "guard bands around frame and tile map", guards ? "ok" : "FAILED");
@@ -78,7 +78,7 @@ int main(int argc, char **argv) {
     int unused = 0;
     long calls = 0, failed = 0;
     for (int slot = 0; slot < UI_SLOT_COUNT; ++slot) {
-        const demo::SlotStats &s = plugin.stats(slot);
+        const demo::SlotStats &s = demo::slotStats(slot);
         calls += s.calls;
         failed += s.failed;
         if (s.calls == 0) {
@@ -106,7 +106,7 @@ int main(int argc, char **argv) {
 #endif
     std::printf("ui32-demo: %d of %d slots used, %ld calls, %ld reports, %ld failed results, %d of %zu checks failed; "
                 "%s\n",
-                UI_SLOT_COUNT - unused, UI_SLOT_COUNT, calls, plugin.totalReports(), failed, report.failedChecks,
+                UI_SLOT_COUNT - unused, UI_SLOT_COUNT, calls, demo::totalReports(), failed, report.failedChecks,
                 report.checks.size(), written.c_str());
-    return unused == 0 && plugin.totalReports() == 0 && failed == 0 && report.failedChecks == 0 ? 0 : 1;
+    return unused == 0 && demo::totalReports() == 0 && failed == 0 && report.failedChecks == 0 ? 0 : 1;
 }

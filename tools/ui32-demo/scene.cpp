@@ -14,6 +14,7 @@
 
 #include "font.h"
 #include "pictures.h"
+#include "plugin.h"
 #include "text.h"
 #ifdef UI32_DEMO_PEER
 #include "peer.h"
@@ -103,8 +104,8 @@ struct PointerRecord {
 
 class Scene {
 public:
-    Scene(Plugin &plugin, kit::Frame &screen)
-        : p_(plugin), s_(screen), small_(makeSmallFont()), large_(makeLargeFont()), fixed_(makeFixedFont()),
+    Scene(const kit::Table &table, kit::Frame &screen)
+        : t_(table), s_(screen), small_(makeSmallFont()), large_(makeLargeFont()), fixed_(makeFixedFont()),
           icons_(kIconCount * 3, 128), symbols_(kSymbolCount, 8) {
         for (int i = 0; i < kIconCount; ++i) {
             const std::vector<IconLayer> layers = iconLayers(Icon(i));
@@ -133,12 +134,6 @@ private:
     // ---------------------------------------------------------------------
     // Bookkeeping
     // ---------------------------------------------------------------------
-
-    long totalCalls() const {
-        long n = 0;
-        for (int i = 0; i < UI_SLOT_COUNT; ++i) n += p_.stats(i).calls;
-        return n;
-    }
 
     void endFrame(const char *name) {
         char line[160];
@@ -179,12 +174,12 @@ private:
 
     void solid(int x, int y, int w, int h, uint32_t c, const UiClipRect &clip) {
         const auto rgbc = components(c);
-        p_.opaqueRect(s_, UiOpaqueRectOrder{x, y, w, h, rgbc[0], rgbc[1], rgbc[2]}, clip);
+        t_.opaqueRect(s_.surface(), UiOpaqueRectOrder{x, y, w, h, rgbc[0], rgbc[1], rgbc[2]}, clip);
     }
 
     void line(int x0, int y0, int x1, int y1, uint32_t c, int rop, const UiClipRect &clip) {
         const auto rgbc = components(c);
-        p_.drawLine(s_, UiLineOrder{x0, y0, x1, y1, rop, {rgbc[0], rgbc[1], rgbc[2]}}, clip);
+        t_.drawLine(s_.surface(), UiLineOrder{x0, y0, x1, y1, rop, {rgbc[0], rgbc[1], rgbc[2]}}, clip);
     }
 
     // Raised (or, with the colours swapped, sunken) edges drawn with LineTo.
@@ -197,10 +192,10 @@ private:
 
     // The same edges drawn by the client itself with hLine / vLine.
     void clientBevel(int x, int y, int w, int h, uint32_t light, uint32_t dark) {
-        p_.hLine(&s_.image(), &s_.dirty(), x, y, w, light);
-        p_.vLine(&s_.image(), &s_.dirty(), x, y, h, light);
-        p_.hLine(&s_.image(), &s_.dirty(), x, y + h - 1, w, dark);
-        p_.vLine(&s_.image(), &s_.dirty(), x + w - 1, y, h, dark);
+        t_.hLine(&s_.image(), &s_.dirty(), x, y, w, light);
+        t_.vLine(&s_.image(), &s_.dirty(), x, y, h, light);
+        t_.hLine(&s_.image(), &s_.dirty(), x, y + h - 1, w, dark);
+        t_.vLine(&s_.image(), &s_.dirty(), x + w - 1, y, h, dark);
     }
 
     UiPatBltOrder brush(int x, int y, int w, int h, int rop, uint32_t ones, uint32_t zeros, int style) {
@@ -217,13 +212,13 @@ private:
     int text(const Font &font, int x, int baseline, std::string_view s, uint32_t colour, const UiClipRect &clip) {
         GlyphString g(font, book_);
         g.text(s);
-        p_.glyphIndex(s_, textOrder(font, g.bytes(), x, baseline, g.width(), colour), clip);
+        t_.glyphIndex(s_.surface(), textOrder(font, g.bytes(), x, baseline, g.width(), colour), clip);
         return g.width();
     }
 
     void drawGlyphString(const Font &font, const GlyphString &g, int x, int baseline, uint32_t colour,
                          const UiClipRect &clip) {
-        p_.glyphIndex(s_, textOrder(font, g.bytes(), x, baseline, g.width(), colour), clip);
+        t_.glyphIndex(s_.surface(), textOrder(font, g.bytes(), x, baseline, g.width(), colour), clip);
     }
 
     // ---------------------------------------------------------------------
@@ -236,7 +231,7 @@ private:
         b.width = tile.width, b.height = tile.height, b.bitsPerPixel = bpp, b.flags = compressed ? 1 : 0;
         b.bitmapLength = data.length();
         b.bitmapDataStream = data.data();
-        p_.bitmapUpdate(s_, b);
+        t_.bitmapUpdate(s_.surface(), b);
     }
 
     // A bitmap for the client's cache, rows bottom-up as MemBlt reads them:
@@ -248,8 +243,9 @@ private:
         for (int by = 0; by < p.height; by += 64)
             for (int bx = 0; bx < p.width; bx += 64) {
                 const Picture piece = p.crop(bx, by, std::min(64, p.width - bx), std::min(64, p.height - by));
+                const kit::Bytes data = encode(piece);
                 block.assign(piece.pixels.size(), 0);
-                decoded = p_.decodeBitmap(piece.width, piece.height, encode(piece), compressed, block.data()) && decoded;
+                decoded &= t_.decodeBitmap(piece.width, piece.height, data.data(), data.length(), compressed, block.data()) == 1;
                 for (int r = 0; r < piece.height; ++r)  // block row r is bitmap row height - by - piece.height + r
                     std::copy_n(&block[size_t(r) * size_t(piece.width)], piece.width,
                                 &bitmap[size_t(p.height - by - piece.height + r) * size_t(p.width) + size_t(bx)]);
@@ -277,7 +273,7 @@ private:
         long bytes[3] = {};
         for (const bool sky : {false, true}) {
             if (sky) {
-                p_.setSourceBytesPerPixel4();
+                t_.setSourceBytesPerPixel4();
                 thumbs_ = cacheBitmap("decodeBitmap planar thumbnails", thumbnailStrip(), true,
                                       [](const Picture &p) { return kit::planar(p, true, true); });
             }
@@ -319,7 +315,7 @@ private:
         const UiClipRect screen = s_.all();
         for (int i = 0; i < kIconCount; ++i) {
             const int x = 26, y = 22 + 88 * i;
-            for (int l = 0; l < 3; ++l) p_.fastGlyph(s_, glyphOrder(icons_, i * 3 + l, x, y, iconColours_[i][l]), screen);
+            for (int l = 0; l < 3; ++l) t_.fastGlyph(s_.surface(), glyphOrder(icons_, i * 3 + l, x, y, iconColours_[i][l]), screen);
             const int baseline = y + 46;
             const int width = small_.width(labels[i]);
             const int left = 42 - width / 2;
@@ -331,7 +327,7 @@ private:
                 std::memcpy(o.opaqueColor, blue.data(), sizeof o.opaqueColor);
                 o.opLeft = left - 2, o.opTop = baseline - small_.ascent - 2;
                 o.opRight = left + g.width() + 1, o.opBottom = baseline + small_.descent + 2;
-                p_.glyphIndex(s_, o, screen);
+                t_.glyphIndex(s_.surface(), o, screen);
                 continue;
             }
             // A shadow, stored as a fragment, then the label again from it.
@@ -347,11 +343,11 @@ private:
 
     void taskbar() {
         const UiClipRect screen = s_.all();
-        p_.fillBufferRect(&s_.image(), &s_.dirty(), UiRect{0, kTaskbarTop, s_.width(), s_.height() - kTaskbarTop}, kFace);
-        p_.hLine(&s_.image(), &s_.dirty(), 0, kTaskbarTop + 1, s_.width(), kWhite);
+        t_.fillBufferRect(&s_.image(), &s_.dirty(), UiRect{0, kTaskbarTop, s_.width(), s_.height() - kTaskbarTop}, kFace);
+        t_.hLine(&s_.image(), &s_.dirty(), 0, kTaskbarTop + 1, s_.width(), kWhite);
         clientBevel(2, kTaskbarTop + 4, 60, 26, kWhite, kDark);
         text(large_, 8, kTaskbarTop + 22, "Start", kBlack, screen);
-        p_.vLine(&s_.image(), &s_.dirty(), 66, kTaskbarTop + 4, 26, kShadow);
+        t_.vLine(&s_.image(), &s_.dirty(), 66, kTaskbarTop + 4, 26, kShadow);
         for (int i = 0; i < 5; ++i) {
             const Window &w = *kWindows[i];
             const int x = 72 + 146 * i, y = kTaskbarTop + 4;
@@ -360,7 +356,7 @@ private:
                 UiPatBltOrder o = brush(x, y, 142, 26, kRopCopy, kWhite, kFace, 3);
                 const uint8_t dither[8] = {0xAA, 0x55, 0xAA, 0x55, 0xAA, 0x55, 0xAA, 0x55};
                 std::memcpy(o.brushBytes, dither, 8);
-                p_.patBlt(s_, o, screen);
+                t_.patBlt(s_.surface(), o, screen);
                 clientBevel(x, y, 142, 26, kDark, kWhite);
             } else {
                 clientBevel(x, y, 142, 26, kWhite, kDark);
@@ -388,7 +384,7 @@ private:
         std::memcpy(o.rgbData, time, size_t(o.cbData));
         o.glyphCache = small_.cache.descriptor();
         o.opRectExplicit = 0;
-        p_.glyphIndex(s_, o, s_.all());
+        t_.glyphIndex(s_.surface(), o, s_.all());
     }
 
     // ---------------------------------------------------------------------
@@ -410,7 +406,7 @@ private:
             UiPatBltOrder o = brush(tx, ty, tw, th, kRopCopy, rgb(120, 120, 120), rgb(160, 160, 160), 3);
             const uint8_t dither[8] = {0xAA, 0x55, 0xAA, 0x55, 0xAA, 0x55, 0xAA, 0x55};
             std::memcpy(o.brushBytes, dither, 8);
-            p_.patBlt(s_, o, clip);
+            t_.patBlt(s_.surface(), o, clip);
         }
         const UiClipRect titleClip = clipOf(tx, ty, tw - 60, th);
         text(large_, tx + 6, ty + 16, w.title, w.active ? kWhite : kFace, titleClip);
@@ -419,7 +415,7 @@ private:
             solid(bx, by, 16, 14, kFace, clip);
             bevel(bx, by, 16, 14, kWhite, kDark, clip);
             const Symbol sym = i == 0 ? kMinimise : i == 1 ? kMaximise : kClose;
-            p_.fastGlyph(s_, glyphOrder(symbols_, sym, bx + 4, by + 3, kBlack), clip);
+            t_.fastGlyph(s_.surface(), glyphOrder(symbols_, sym, bx + 4, by + 3, kBlack), clip);
         }
     }
 
@@ -454,9 +450,9 @@ private:
 
     void consoleLine(std::string_view s) {
         if (consoleRow_ == kConsoleRows) {  // scroll up one row
-            p_.copyRect(s_, UiRect{consoleX(), consoleY(), kConsoleColumns * 8, (kConsoleRows - 1) * 16}, consoleX(),
+            t_.copyRect(&s_.image(), &s_.dirty(), UiRect{consoleX(), consoleY(), kConsoleColumns * 8, (kConsoleRows - 1) * 16}, consoleX(),
                         consoleY() + 16);
-            p_.fillBufferRect(&s_.image(), &s_.dirty(),
+            t_.fillBufferRect(&s_.image(), &s_.dirty(),
                               UiRect{consoleX(), consoleY() + (kConsoleRows - 1) * 16, kConsoleColumns * 8, 16}, kBlack);
             --consoleRow_;
         }
@@ -466,7 +462,7 @@ private:
             if (s[i] == ' ') continue;
             const uint32_t colour = i < promptEnd ? rgb(96, 224, 112) : prompt ? kWhite : rgb(190, 190, 190);
             const Cell8x16 cell = consoleCell(s[i]);
-            p_.drawChar8x16(&s_.image(), &s_.dirty(), consoleX() + int(i) * 8, consoleY() + consoleRow_ * 16, cell.data(),
+            t_.drawChar8x16(&s_.image(), &s_.dirty(), consoleX() + int(i) * 8, consoleY() + consoleRow_ * 16, cell.data(),
                             colour);
         }
         ++consoleRow_;
@@ -474,7 +470,7 @@ private:
 
     void terminalWindow() {
         windowFrame(kTerminal);
-        p_.fillBufferRect(&s_.image(), nullptr,
+        t_.fillBufferRect(&s_.image(), nullptr,
                           UiRect{kTerminal.clientX(), kTerminal.clientY(), kTerminal.clientW(), kTerminal.clientH()},
                           kBlack);
         static const char *const session[] = {
@@ -501,9 +497,9 @@ private:
     // Remote view: a second machine's screen as ZRLE tiles and Hextile.
     void remoteWindow() {
         windowFrame(kRemote);
-        p_.dstBlt(s_, UiDstBltOrder{kRemote.clientX(), kRemote.clientY(), kRemote.clientW(), kRemote.clientH(), 0x00},
+        t_.dstBlt(s_.surface(), UiDstBltOrder{kRemote.clientX(), kRemote.clientY(), kRemote.clientW(), kRemote.clientH(), 0x00},
                   kRemote.clientClip());
-        p_.setSourceByteOrder(1);
+        t_.setSourceByteOrder(1);
         const Picture desktop = remoteDesktop();
         const int zx = kRemote.clientX() + 8, zy = kRemote.clientY() + 4;
         const kit::Bytes zrle = kit::zrleRect(desktop);
@@ -526,7 +522,7 @@ private:
                 tile.height = std::min(64, desktop.height - ty);
                 ++tiles;
                 kinds[sub == 0 ? 0 : sub == 1 ? 1 : sub <= 16 ? 2 : sub == 128 ? 3 : 4]++;
-                if (p_.zrleTile(sub, tile) == 1) ++painted;
+                if (t_.zrleTile(sub, tile) == 1) ++painted;
             }
         if (painted == tiles && tile.left == 0) checkScreen("ZRLE tiles of the remote desktop", desktop, zx, zy);
         else checkFailed("ZRLE tiles of the remote desktop", std::to_string(tiles - painted) + " tiles not painted, " +
@@ -542,7 +538,7 @@ private:
         const kit::Bytes hextile = kit::hextile(document);
         hextileSource = {hextile.data(), hextile.size(), 0};
         const int hx = zx, hy = zy + desktop.height + 4;
-        if (p_.hextileRect(s_, UiRect{hx, hy, document.width, document.height}, &readHextile) &&
+        if (t_.hextileRect(&s_.image(), &s_.dirty(), UiRect{hx, hy, document.width, document.height}, &readHextile) == 1 &&
             hextileSource.left == 0)
             checkScreen("Hextile rectangle of the remote document", document, hx, hy);
         else checkFailed("Hextile rectangle of the remote document",
@@ -558,7 +554,7 @@ private:
         o.left = x, o.top = y, o.width = w, o.height = h, o.rop = rop;
         o.srcLeft = srcX, o.srcTop = srcY;
         o.bitmapWidth = bitmapW, o.bitmapHeight = bitmapH, o.bitmapPixels = bitmap.data();
-        p_.memBlt(s_, o, clip);
+        t_.memBlt(s_.surface(), o, clip);
     }
 
     // Paint: toolbar from a cached bitmap, brushes of every kind, client
@@ -574,7 +570,7 @@ private:
 
         const int cx = w.clientX() + 4, cy = w.clientY() + 42, cw = w.clientW() - 8, ch = w.clientH() - 46;
         const UiClipRect canvas = clipOf(cx, cy, cw, ch);
-        p_.dstBlt(s_, UiDstBltOrder{cx, cy, cw, ch, 0xFF}, canvas);
+        t_.dstBlt(s_.surface(), UiDstBltOrder{cx, cy, cw, ch, 0xFF}, canvas);
 
         // Row 1: the six hatches.
         static const uint32_t hatchInk[6] = {rgb(0, 0, 160), rgb(160, 0, 0), rgb(0, 120, 0), rgb(120, 0, 120),
@@ -582,7 +578,7 @@ private:
         for (int i = 0; i < 6; ++i) {
             UiPatBltOrder o = brush(cx + 8 + 56 * i, cy + 8, 50, 26, kRopCopy, hatchInk[i], kWhite, 2);
             o.brushBytes[0] = uint8_t(i);
-            p_.patBlt(s_, o, canvas);
+            t_.patBlt(s_.surface(), o, canvas);
         }
         // Row 2: pattern brush, cached monochrome and colour brushes, solid.
         {
@@ -590,13 +586,13 @@ private:
             const uint8_t bricks[8] = {0xFF, 0x80, 0x80, 0x80, 0xFF, 0x08, 0x08, 0x08};
             std::memcpy(o.brushBytes, bricks, 8);
             o.brushOrgX = 3;
-            p_.patBlt(s_, o, canvas);
+            t_.patBlt(s_.surface(), o, canvas);
         }
         static const uint8_t weave[8] = {0xF0, 0x78, 0x3C, 0x1E, 0x0F, 0x87, 0xC3, 0xE1};
         {
             UiPatBltOrder o = brush(cx + 92, cy + 40, 76, 30, kRopCopy, rgb(30, 60, 150), rgb(200, 220, 250), 0x81);
             o.brushData = weave;
-            p_.patBlt(s_, o, canvas);
+            t_.patBlt(s_.surface(), o, canvas);
         }
         tartan_.resize(64);
         for (int y = 0; y < 8; ++y)
@@ -610,26 +606,26 @@ private:
         {
             UiPatBltOrder o = brush(cx + 176, cy + 40, 76, 30, kRopCopy, 0, 0, 0x85);
             o.brushData = reinterpret_cast<const uint8_t *>(tartan_.data());
-            p_.patBlt(s_, o, canvas);
+            t_.patBlt(s_.surface(), o, canvas);
         }
-        p_.patBlt(s_, brush(cx + 260, cy + 40, 76, 30, kRopCopy, 0, rgb(60, 170, 90), 0), canvas);
+        t_.patBlt(s_.surface(), brush(cx + 260, cy + 40, 76, 30, kRopCopy, 0, rgb(60, 170, 90), 0), canvas);
         // An inverting rectangle across the last two swatches (xor with white).
-        p_.patBlt(s_, brush(cx + 220, cy + 48, 100, 16, kRopXor, 0, kWhite, 0), canvas);
+        t_.patBlt(s_.surface(), brush(cx + 220, cy + 48, 100, 16, kRopXor, 0, kWhite, 0), canvas);
 
         // The client's own pixels: a colour picker (bytes red, green, blue)
         // and a palette (bytes blue, green, red).
         const Picture picker = colourPicker(128, 64);
         std::vector<uint8_t> bytes;
         for (uint32_t px : picker.pixels) bytes.insert(bytes.end(), {uint8_t(px >> 16), uint8_t(px >> 8), uint8_t(px), 0});
-        p_.setSourceByteOrder(0);
+        t_.setSourceByteOrder(0);
         const int px = cx + 8, py = cy + 80;
-        p_.putPixels(s_, UiRect{px, py, 128, 64}, bytes.data());
+        t_.putPixels(&s_.image(), &s_.dirty(), UiRect{px, py, 128, 64}, bytes.data());
         checkScreen("putPixels colour picker (byte order 0)", picker, px, py);
         const Picture swatches = paletteSwatches(128, 32);
         bytes.clear();
         for (uint32_t c : swatches.pixels) bytes.insert(bytes.end(), {uint8_t(c), uint8_t(c >> 8), uint8_t(c >> 16), 0});
-        p_.setSourceByteOrder(1);
-        p_.putPixels(s_, UiRect{px, py + 70, 128, 32}, bytes.data());
+        t_.setSourceByteOrder(1);
+        t_.putPixels(&s_.image(), &s_.dirty(), UiRect{px, py + 70, 128, 32}, bytes.data());
         checkScreen("putPixels palette (byte order 1)", swatches, px, py + 70);
         // Sixteen lines down the picker, one per raster operation, and three
         // across it: invert, mask (and) and merge (or).
@@ -648,7 +644,7 @@ private:
             o.flAccel = 0x04;
             o.bkTop = py;
             o.bkBottom = py + 80;
-            p_.glyphIndex(s_, o, canvas);
+            t_.glyphIndex(s_.surface(), o, canvas);
         }
 
         // Line art, clipped to its own area.
@@ -688,7 +684,7 @@ private:
         solid(w.clientX(), w.clientY(), w.clientW(), 14, kFace, client);
         menuBar(w);
         const int ax = w.clientX(), ay = w.clientY() + 16;
-        p_.dstBlt(s_, UiDstBltOrder{ax, ay, w.clientW(), w.clientH() - 16, 0x00}, client);
+        t_.dstBlt(s_.surface(), UiDstBltOrder{ax, ay, w.clientW(), w.clientH() - 16, 0x00}, client);
         memBlt(ax + 10, ay + 6, 256, 160, 0xCC, 0, 0, photo_, 256, 160, client);
         text(small_, ax + 10, ay + 178, "lake.bmp   256 x 160   24-bit", rgb(220, 220, 220), client);
         const int ty = ay + 184;
@@ -697,7 +693,7 @@ private:
             if (i == 3) {  // "disabled": a hatch, then the picture ANDed over it
                 UiPatBltOrder o = brush(tx, ty, 56, 32, kRopCopy, rgb(96, 96, 96), kWhite, 2);
                 o.brushBytes[0] = 5;
-                p_.patBlt(s_, o, client);
+                t_.patBlt(s_.surface(), o, client);
                 memBlt(tx, ty, 56, 32, 0x88, 64 * i + 4, 8, thumbs_, 256, 48, client);
             } else if (i == 2) {  // tinted: ORed over dark blue
                 solid(tx, ty, 56, 32, rgb(0, 0, 96), client);
@@ -780,7 +776,7 @@ private:
             const int baseline = notesBodyTop() + 8 + kNotesLine * notesLines_++;
             UiGlyphIndexOrder o = textOrder(fixed_, data, w.clientX() + 22, baseline, 6 * int(code.size()), rgb(128, 0, 64));
             o.flAccel = 0x20;
-            p_.glyphIndex(s_, o, notesClip());
+            t_.glyphIndex(s_.surface(), o, notesClip());
         }
         notesLine("Everything arrives as a record of 32-bit words; nothing is");
         notesLine("kept between calls except the glyph fragments.");
@@ -788,7 +784,7 @@ private:
         // Selection: invert one line.
         const int selTop = notesBodyTop() + kNotesLine * 3 - 1;
         const int selWidth = small_.width("- bitmap updates: interleaved and planar codecs") + 3;
-        p_.dstBlt(s_, UiDstBltOrder{w.clientX() + 8, selTop, selWidth, kNotesLine, 0x55}, notesClip());
+        t_.dstBlt(s_.surface(), UiDstBltOrder{w.clientX() + 8, selTop, selWidth, kNotesLine, 0x55}, notesClip());
         statusBar("Ln 4, Col 1");
     }
 
@@ -803,7 +799,7 @@ private:
         const auto face = components(kFace);
         std::memcpy(o.opaqueColor, face.data(), sizeof o.opaqueColor);
         o.fOpRedundant = 1;
-        p_.glyphIndex(s_, o, w.clientClip());
+        t_.glyphIndex(s_.surface(), o, w.clientClip());
     }
 
     // ---------------------------------------------------------------------
@@ -819,7 +815,7 @@ private:
         const int bodyTop = notesBodyTop();
         const int bodyHeight = notesBottom() - bodyTop - 2;
         const int shift = 2 * kNotesLine;
-        p_.scrBlt(s_,
+        t_.scrBlt(s_.surface(),
                   UiScrBltOrder{kNotes.clientX() + 2, bodyTop, kNotes.clientW() - 4, bodyHeight - shift, 0xCC,
                                 kNotes.clientX() + 2, bodyTop + shift},
                   notesClip());
@@ -844,11 +840,11 @@ private:
                 uint8_t *b = &src[(size_t(r) * kRowLength + size_t(c)) * 4];
                 b[0] = uint8_t(px), b[1] = uint8_t(px >> 8), b[2] = uint8_t(px >> 16);  // byte order 1
             }
-        p_.setSourceByteOrder(1);
+        t_.setSourceByteOrder(1);
         PointerRecord record{};
         record.record.width = arrow.colours.width;
         record.record.height = arrow.colours.height;
-        p_.importImage32(record.record, src.data(), kRowLength);
+        t_.importImage32(record.record, src.data(), kRowLength);
         const uint32_t *image = record.record.image;
         long bad = 0;
         for (int r = 0; r < arrow.colours.height; ++r)
@@ -868,7 +864,7 @@ private:
         memBlt(x, y, w, h, 0x66, 0, 0, xorImage, w, h, s_.all());
     }
 
-    Plugin &p_;
+    const kit::Table &t_;
     kit::Frame &s_;
     Font small_, large_, fixed_;
     GlyphCache icons_, symbols_;
@@ -882,8 +878,8 @@ private:
 
 }  // namespace
 
-SceneReport drawDesktop(Plugin &plugin, kit::Frame &screen) {
-    Scene scene(plugin, screen);
+SceneReport drawDesktop(const kit::Table &table, kit::Frame &screen) {
+    Scene scene(table, screen);
     return scene.run();
 }
 

@@ -4,7 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "plugin.h"
+#include "frame.h"
+#include "table.h"
 
 namespace demo {
 
@@ -18,6 +19,6 @@ struct SceneReport {
 
 // Draws the whole scene into `frame`: wallpaper, desktop, windows, then a
 // frame of activity whose marked tiles stay in the report.
-SceneReport drawDesktop(Plugin &plugin, kit::Frame &frame);
+SceneReport drawDesktop(const kit::Table &table, kit::Frame &frame);
 
 }  // namespace demo
