@@ -29,6 +29,7 @@ constexpr uint32_t kDark = rgb(64, 64, 64);
 constexpr uint32_t kWhite = 0xFFFFFF;
 constexpr uint32_t kBlack = 0;
 constexpr int kTaskbarTop = 736;
+constexpr uint8_t kDither[8] = {0xAA, 0x55, 0xAA, 0x55, 0xAA, 0x55, 0xAA, 0x55};
 
 // Raster operations by their table index (copy is 12).
 enum Rop2 { kRopBlack = 0, kRopNotCopy = 3, kRopInvert = 5, kRopXor = 6, kRopMask = 8, kRopCopy = 12, kRopMerge = 14 };
@@ -105,7 +106,7 @@ struct PointerRecord {
 class Scene {
 public:
     Scene(const kit::Table &table, kit::Frame &screen)
-        : t_(table), s_(screen), small_(makeSmallFont()), large_(makeLargeFont()), fixed_(makeFixedFont()),
+        : t_(table), s_(screen), img_(&screen.image()), dirty_(&screen.dirty()), small_(makeSmallFont()), large_(makeLargeFont()), fixed_(makeFixedFont()),
           icons_(kIconCount * 3, 128), symbols_(kSymbolCount, 8) {
         for (int i = 0; i < kIconCount; ++i) {
             const std::vector<IconLayer> layers = iconLayers(Icon(i));
@@ -146,21 +147,19 @@ private:
         s_.clearTiles();
     }
 
-    void check(const std::string &what, long mismatches, long total) {
+    // A check's line: ok, or FAILED with the pixels that differ or, when the
+    // decoding itself failed, `why`.
+    void check(const char *what, long mismatches, long total, const char *why = nullptr) {
         char line[200];
-        if (mismatches == 0) std::snprintf(line, sizeof line, "check %-40s ok (%ld pixels)", what.c_str(), total);
-        else std::snprintf(line, sizeof line, "check %-40s FAILED: %ld of %ld pixels differ", what.c_str(), mismatches, total);
+        if (why != nullptr) std::snprintf(line, sizeof line, "check %-40s FAILED: %s", what, why);
+        else if (mismatches == 0) std::snprintf(line, sizeof line, "check %-40s ok (%ld pixels)", what, total);
+        else std::snprintf(line, sizeof line, "check %-40s FAILED: %ld of %ld pixels differ", what, mismatches, total);
         report_.checks.push_back(line);
-        if (mismatches != 0) ++report_.failedChecks;
-    }
-
-    void checkFailed(const std::string &what, const std::string &why) {
-        report_.checks.push_back("check " + what + " FAILED: " + why);
-        ++report_.failedChecks;
+        report_.failedChecks += why != nullptr || mismatches != 0;
     }
 
     // Compares a screen area with the picture that was sent for it.
-    void checkScreen(const std::string &what, const Picture &picture, int x0, int y0) {
+    void checkScreen(const char *what, const Picture &picture, int x0, int y0) {
         long bad = 0;
         for (int y = 0; y < picture.height; ++y)
             for (int x = 0; x < picture.width; ++x)
@@ -192,19 +191,20 @@ private:
 
     // The same edges drawn by the client itself with hLine / vLine.
     void clientBevel(int x, int y, int w, int h, uint32_t light, uint32_t dark) {
-        t_.hLine(&s_.image(), &s_.dirty(), x, y, w, light);
-        t_.vLine(&s_.image(), &s_.dirty(), x, y, h, light);
-        t_.hLine(&s_.image(), &s_.dirty(), x, y + h - 1, w, dark);
-        t_.vLine(&s_.image(), &s_.dirty(), x + w - 1, y, h, dark);
+        t_.hLine(img_, dirty_, x, y, w, light);
+        t_.vLine(img_, dirty_, x, y, h, light);
+        t_.hLine(img_, dirty_, x, y + h - 1, w, dark);
+        t_.vLine(img_, dirty_, x + w - 1, y, h, dark);
     }
 
-    UiPatBltOrder brush(int x, int y, int w, int h, int rop, uint32_t ones, uint32_t zeros, int style) {
+    // A PatBlt order; `pattern` gives the 8 x 8 bits of a pattern brush.
+    static UiPatBltOrder brush(int x, int y, int w, int h, int rop, uint32_t ones, uint32_t zeros, int style,
+                               const uint8_t *pattern = nullptr) {
         UiPatBltOrder o{};
-        o.left = x, o.top = y, o.width = w, o.height = h, o.rop = rop;
-        const auto b = components(ones), f = components(zeros);
-        std::memcpy(o.backColor, b.data(), sizeof o.backColor);
-        std::memcpy(o.foreColor, f.data(), sizeof o.foreColor);
-        o.brushStyle = style;
+        o.left = x, o.top = y, o.width = w, o.height = h, o.rop = rop, o.brushStyle = style;
+        setColour(o.backColor, ones);
+        setColour(o.foreColor, zeros);
+        if (pattern != nullptr) std::memcpy(o.brushBytes, pattern, 8);
         return o;
     }
 
@@ -237,7 +237,7 @@ private:
     // A bitmap for the client's cache, rows bottom-up as MemBlt reads them:
     // decoded by slot 8 in blocks of at most 64 x 64 (the most an
     // interleaved stream holds) and checked against the picture.
-    std::vector<uint32_t> cacheBitmap(const std::string &what, const Picture &p, bool compressed, Encoder encode) {
+    std::vector<uint32_t> cacheBitmap(const char *what, const Picture &p, bool compressed, Encoder encode) {
         std::vector<uint32_t> bitmap(p.pixels.size()), block;
         bool decoded = true;
         for (int by = 0; by < p.height; by += 64)
@@ -250,7 +250,7 @@ private:
                     std::copy_n(&block[size_t(r) * size_t(piece.width)], piece.width,
                                 &bitmap[size_t(p.height - by - piece.height + r) * size_t(p.width) + size_t(bx)]);
             }
-        if (!decoded) return checkFailed(what, "decoder returned 0"), bitmap;
+        if (!decoded) return check(what, 0, 0, "decoder returned 0"), bitmap;
         const std::vector<uint32_t> expected = kit::bottomUp(p);
         long bad = 0;
         for (size_t i = 0; i < expected.size(); ++i) bad += (bitmap[i] & 0xFFFFFF) != expected[i];
@@ -323,8 +323,7 @@ private:
                 GlyphString g(small_, book_);
                 g.text(labels[i]);
                 UiGlyphIndexOrder o = textOrder(small_, g.bytes(), left, baseline, g.width(), kWhite);
-                const auto blue = components(rgb(10, 36, 106));
-                std::memcpy(o.opaqueColor, blue.data(), sizeof o.opaqueColor);
+                setColour(o.opaqueColor, rgb(10, 36, 106));
                 o.opLeft = left - 2, o.opTop = baseline - small_.ascent - 2;
                 o.opRight = left + g.width() + 1, o.opBottom = baseline + small_.descent + 2;
                 t_.glyphIndex(s_.surface(), o, screen);
@@ -343,20 +342,17 @@ private:
 
     void taskbar() {
         const UiClipRect screen = s_.all();
-        t_.fillBufferRect(&s_.image(), &s_.dirty(), UiRect{0, kTaskbarTop, s_.width(), s_.height() - kTaskbarTop}, kFace);
-        t_.hLine(&s_.image(), &s_.dirty(), 0, kTaskbarTop + 1, s_.width(), kWhite);
+        t_.fillBufferRect(img_, dirty_, UiRect{0, kTaskbarTop, s_.width(), s_.height() - kTaskbarTop}, kFace);
+        t_.hLine(img_, dirty_, 0, kTaskbarTop + 1, s_.width(), kWhite);
         clientBevel(2, kTaskbarTop + 4, 60, 26, kWhite, kDark);
         text(large_, 8, kTaskbarTop + 22, "Start", kBlack, screen);
-        t_.vLine(&s_.image(), &s_.dirty(), 66, kTaskbarTop + 4, 26, kShadow);
+        t_.vLine(img_, dirty_, 66, kTaskbarTop + 4, 26, kShadow);
         for (int i = 0; i < 5; ++i) {
             const Window &w = *kWindows[i];
             const int x = 72 + 146 * i, y = kTaskbarTop + 4;
             const UiClipRect clip = clipOf(x + 2, y + 2, 138, 22);
             if (w.active) {  // pressed: dithered face, sunken edges
-                UiPatBltOrder o = brush(x, y, 142, 26, kRopCopy, kWhite, kFace, 3);
-                const uint8_t dither[8] = {0xAA, 0x55, 0xAA, 0x55, 0xAA, 0x55, 0xAA, 0x55};
-                std::memcpy(o.brushBytes, dither, 8);
-                t_.patBlt(s_.surface(), o, screen);
+                t_.patBlt(s_.surface(), brush(x, y, 142, 26, kRopCopy, kWhite, kFace, 3, kDither), screen);
                 clientBevel(x, y, 142, 26, kDark, kWhite);
             } else {
                 clientBevel(x, y, 142, 26, kWhite, kDark);
@@ -371,9 +367,8 @@ private:
     // background rectangle) with a fixed advance.
     void clock(const char *time) {
         UiGlyphIndexOrder o{};
-        const auto ink = components(kBlack), face = components(kFace);
-        std::memcpy(o.textColor, ink.data(), sizeof o.textColor);
-        std::memcpy(o.opaqueColor, face.data(), sizeof o.opaqueColor);
+        setColour(o.textColor, kBlack);
+        setColour(o.opaqueColor, kFace);
         o.ulCharInc = 7;
         o.bkLeft = 950, o.bkTop = kTaskbarTop + 8, o.bkRight = 1010, o.bkBottom = kTaskbarTop + 24;
         o.opTop = 0x0F;  // top, right, bottom and left from the background rectangle
@@ -403,10 +398,8 @@ private:
                 solid(x0, ty, x1 - x0, th, mix(rgb(0, 0, 128), rgb(16, 132, 208), band / 31.0), clip);
             }
         } else {
-            UiPatBltOrder o = brush(tx, ty, tw, th, kRopCopy, rgb(120, 120, 120), rgb(160, 160, 160), 3);
-            const uint8_t dither[8] = {0xAA, 0x55, 0xAA, 0x55, 0xAA, 0x55, 0xAA, 0x55};
-            std::memcpy(o.brushBytes, dither, 8);
-            t_.patBlt(s_.surface(), o, clip);
+            t_.patBlt(s_.surface(), brush(tx, ty, tw, th, kRopCopy, rgb(120, 120, 120), rgb(160, 160, 160), 3, kDither),
+                      clip);
         }
         const UiClipRect titleClip = clipOf(tx, ty, tw - 60, th);
         text(large_, tx + 6, ty + 16, w.title, w.active ? kWhite : kFace, titleClip);
@@ -422,15 +415,10 @@ private:
     void menuBar(const Window &w) {
         const UiClipRect clip = clipOf(w.clientX(), w.clientY(), w.clientW(), 14);
         const int baseline = w.clientY() + 10;
-        if (!book_.slots[1].used) {  // the first menu stores the glyph run; later ones replay it
-            GlyphString g(small_, book_);
-            g.text("File").gap(10).text("Edit").gap(10).text("View").gap(10).text("Help").store(1);
-            drawGlyphString(small_, g, w.clientX() + 6, baseline, kBlack, clip);
-        } else {
-            GlyphString g(small_, book_);
-            g.replay(1);
-            drawGlyphString(small_, g, w.clientX() + 6, baseline, kBlack, clip);
-        }
+        GlyphString g(small_, book_);
+        if (book_.slots[1].used) g.replay(1);  // the first menu stores the glyph run; later ones replay it
+        else g.text("File").gap(10).text("Edit").gap(10).text("View").gap(10).text("Help").store(1);
+        drawGlyphString(small_, g, w.clientX() + 6, baseline, kBlack, clip);
     }
 
     void frameWindows() {
@@ -450,9 +438,9 @@ private:
 
     void consoleLine(std::string_view s) {
         if (consoleRow_ == kConsoleRows) {  // scroll up one row
-            t_.copyRect(&s_.image(), &s_.dirty(), UiRect{consoleX(), consoleY(), kConsoleColumns * 8, (kConsoleRows - 1) * 16}, consoleX(),
+            t_.copyRect(img_, dirty_, UiRect{consoleX(), consoleY(), kConsoleColumns * 8, (kConsoleRows - 1) * 16}, consoleX(),
                         consoleY() + 16);
-            t_.fillBufferRect(&s_.image(), &s_.dirty(),
+            t_.fillBufferRect(img_, dirty_,
                               UiRect{consoleX(), consoleY() + (kConsoleRows - 1) * 16, kConsoleColumns * 8, 16}, kBlack);
             --consoleRow_;
         }
@@ -462,7 +450,7 @@ private:
             if (s[i] == ' ') continue;
             const uint32_t colour = i < promptEnd ? rgb(96, 224, 112) : prompt ? kWhite : rgb(190, 190, 190);
             const Cell8x16 cell = consoleCell(s[i]);
-            t_.drawChar8x16(&s_.image(), &s_.dirty(), consoleX() + int(i) * 8, consoleY() + consoleRow_ * 16, cell.data(),
+            t_.drawChar8x16(img_, dirty_, consoleX() + int(i) * 8, consoleY() + consoleRow_ * 16, cell.data(),
                             colour);
         }
         ++consoleRow_;
@@ -470,7 +458,7 @@ private:
 
     void terminalWindow() {
         windowFrame(kTerminal);
-        t_.fillBufferRect(&s_.image(), nullptr,
+        t_.fillBufferRect(img_, nullptr,
                           UiRect{kTerminal.clientX(), kTerminal.clientY(), kTerminal.clientW(), kTerminal.clientH()},
                           kBlack);
         static const char *const session[] = {
@@ -504,45 +492,31 @@ private:
         const int zx = kRemote.clientX() + 8, zy = kRemote.clientY() + 4;
         const kit::Bytes zrle = kit::zrleRect(desktop);
         UiTileStream tile{};
-        tile.image = &s_.image();
-        tile.dirty = &s_.dirty();
-        tile.ptr = zrle.data();
-        tile.left = int32_t(zrle.size());
-        int painted = 0, tiles = 0;
-        int kinds[5] = {};
+        tile.image = img_, tile.dirty = dirty_, tile.ptr = zrle.data(), tile.left = zrle.length();
+        bool painted = true;
         for (int ty = 0; ty < desktop.height; ty += 64)
-            for (int tx = 0; tx < desktop.width; tx += 64) {
-                if (tile.left < 1) break;
-                const int sub = *tile.ptr;  // the client reads the sub-encoding itself
-                ++tile.ptr;
+            for (int tx = 0; tx < desktop.width && tile.left > 0; tx += 64) {
+                const int sub = *tile.ptr++;  // the client reads the sub-encoding itself
                 --tile.left;
-                tile.x = zx + tx;
-                tile.y = zy + ty;
-                tile.width = std::min(64, desktop.width - tx);
-                tile.height = std::min(64, desktop.height - ty);
-                ++tiles;
-                kinds[sub == 0 ? 0 : sub == 1 ? 1 : sub <= 16 ? 2 : sub == 128 ? 3 : 4]++;
-                if (t_.zrleTile(sub, tile) == 1) ++painted;
+                tile.x = zx + tx, tile.y = zy + ty;
+                tile.width = std::min(64, desktop.width - tx), tile.height = std::min(64, desktop.height - ty);
+                painted &= t_.zrleTile(sub, tile) == 1;
             }
-        if (painted == tiles && tile.left == 0) checkScreen("ZRLE tiles of the remote desktop", desktop, zx, zy);
-        else checkFailed("ZRLE tiles of the remote desktop", std::to_string(tiles - painted) + " tiles not painted, " +
-                                                                 std::to_string(tile.left) + " bytes left over");
+        if (painted && tile.left == 0) checkScreen("ZRLE tiles of the remote desktop", desktop, zx, zy);
+        else check("ZRLE tiles of the remote desktop", 0, 0, "a tile failed or bytes were left over");
         char note[200];
-        std::snprintf(note, sizeof note,
-                      "zrle: %d tiles (%d raw, %d solid, %d packed palette, %d plain run-length, %d palette "
-                      "run-length), %zu bytes",
-                      tiles, kinds[0], kinds[1], kinds[2], kinds[3], kinds[4], zrle.size());
+        std::snprintf(note, sizeof note, "zrle: %dx%d rectangle, %d tiles in %d bytes", desktop.width, desktop.height,
+                      (desktop.width + 63) / 64 * ((desktop.height + 63) / 64), zrle.length());
         report_.notes.push_back(note);
 
         const Picture document = remoteDocument();
         const kit::Bytes hextile = kit::hextile(document);
         hextileSource = {hextile.data(), hextile.size(), 0};
         const int hx = zx, hy = zy + desktop.height + 4;
-        if (t_.hextileRect(&s_.image(), &s_.dirty(), UiRect{hx, hy, document.width, document.height}, &readHextile) == 1 &&
+        if (t_.hextileRect(img_, dirty_, UiRect{hx, hy, document.width, document.height}, &readHextile) == 1 &&
             hextileSource.left == 0)
             checkScreen("Hextile rectangle of the remote document", document, hx, hy);
-        else checkFailed("Hextile rectangle of the remote document",
-                         "decoder failed or left " + std::to_string(hextileSource.left) + " bytes unread");
+        else check("Hextile rectangle of the remote document", 0, 0, "decoder failed or left bytes unread");
         std::snprintf(note, sizeof note, "hextile: %dx%d rectangle, %zu bytes in %ld reads", document.width,
                       document.height, hextile.size(), hextileSource.reads);
         report_.notes.push_back(note);
@@ -582,9 +556,8 @@ private:
         }
         // Row 2: pattern brush, cached monochrome and colour brushes, solid.
         {
-            UiPatBltOrder o = brush(cx + 8, cy + 40, 76, 30, kRopCopy, rgb(250, 240, 230), rgb(178, 58, 34), 3);
             const uint8_t bricks[8] = {0xFF, 0x80, 0x80, 0x80, 0xFF, 0x08, 0x08, 0x08};
-            std::memcpy(o.brushBytes, bricks, 8);
+            UiPatBltOrder o = brush(cx + 8, cy + 40, 76, 30, kRopCopy, rgb(250, 240, 230), rgb(178, 58, 34), 3, bricks);
             o.brushOrgX = 3;
             t_.patBlt(s_.surface(), o, canvas);
         }
@@ -619,13 +592,13 @@ private:
         for (uint32_t px : picker.pixels) bytes.insert(bytes.end(), {uint8_t(px >> 16), uint8_t(px >> 8), uint8_t(px), 0});
         t_.setSourceByteOrder(0);
         const int px = cx + 8, py = cy + 80;
-        t_.putPixels(&s_.image(), &s_.dirty(), UiRect{px, py, 128, 64}, bytes.data());
+        t_.putPixels(img_, dirty_, UiRect{px, py, 128, 64}, bytes.data());
         checkScreen("putPixels colour picker (byte order 0)", picker, px, py);
         const Picture swatches = paletteSwatches(128, 32);
         bytes.clear();
         for (uint32_t c : swatches.pixels) bytes.insert(bytes.end(), {uint8_t(c), uint8_t(c >> 8), uint8_t(c >> 16), 0});
         t_.setSourceByteOrder(1);
-        t_.putPixels(&s_.image(), &s_.dirty(), UiRect{px, py + 70, 128, 32}, bytes.data());
+        t_.putPixels(img_, dirty_, UiRect{px, py + 70, 128, 32}, bytes.data());
         checkScreen("putPixels palette (byte order 1)", swatches, px, py + 70);
         // Sixteen lines down the picker, one per raster operation, and three
         // across it: invert, mask (and) and merge (or).
@@ -796,8 +769,7 @@ private:
         g.text(s);
         const int baseline = w.clientY() + w.clientH() - 4;
         UiGlyphIndexOrder o = textOrder(small_, g.bytes(), w.clientX() + 4, baseline, w.clientW() - 8, kBlack);
-        const auto face = components(kFace);
-        std::memcpy(o.opaqueColor, face.data(), sizeof o.opaqueColor);
+        setColour(o.opaqueColor, kFace);
         o.fOpRedundant = 1;
         t_.glyphIndex(s_.surface(), o, w.clientClip());
     }
@@ -866,6 +838,8 @@ private:
 
     const kit::Table &t_;
     kit::Frame &s_;
+    imgbuf *const img_;
+    dirtybuf *const dirty_;
     Font small_, large_, fixed_;
     GlyphCache icons_, symbols_;
     uint32_t iconColours_[kIconCount][3] = {};
