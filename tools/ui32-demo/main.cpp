@@ -69,7 +69,8 @@ int main(int argc, char **argv) {
     demo::SceneReport report = demo::drawDesktop(table, frame);
     const bool guards = frame.guardsIntact();
     char line[120];
-    std::snprintf(line, sizeof line, "check %-40s %s", "guard bands around frame and tile map", guards ? "ok" : "FAILED");
+    std::snprintf(line, sizeof line, "check %-40s %s", "guard bands around frame and tile map",
+                  guards ? "ok" : "FAILED");
     report.checks.push_back(line);
     report.failedChecks += guards ? 0 : 1;
 

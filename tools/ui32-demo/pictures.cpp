@@ -339,22 +339,10 @@ Picture colourPicker(int width, int height) {
 }
 
 Picture paletteSwatches(int width, int height) {
-    static const uint32_t palette[16] = {0,
-                                         rgb(128, 0, 0),
-                                         rgb(0, 128, 0),
-                                         rgb(128, 128, 0),
-                                         rgb(0, 0, 128),
-                                         rgb(128, 0, 128),
-                                         rgb(0, 128, 128),
-                                         rgb(192, 192, 192),
-                                         rgb(128, 128, 128),
-                                         rgb(255, 0, 0),
-                                         rgb(0, 255, 0),
-                                         rgb(255, 255, 0),
-                                         rgb(0, 0, 255),
-                                         rgb(255, 0, 255),
-                                         rgb(0, 255, 255),
-                                         0xFFFFFF};
+    static const uint32_t palette[16] = {
+        0,                  rgb(128, 0, 0),   rgb(0, 128, 0),   rgb(128, 128, 0), rgb(0, 0, 128),   rgb(128, 0, 128),
+        rgb(0, 128, 128),   rgb(192, 192, 192), rgb(128, 128, 128), rgb(255, 0, 0), rgb(0, 255, 0), rgb(255, 255, 0),
+        rgb(0, 0, 255),     rgb(255, 0, 255), rgb(0, 255, 255), 0xFFFFFF};
     Picture p(width, height, rgb(128, 128, 128));
     const int w = width / 8, h = height / 2;
     for (int i = 0; i < 16; ++i) fill(p, (i % 8) * w + 1, (i / 8) * h + 1, (i % 8 + 1) * w - 1, (i / 8 + 1) * h - 1, palette[i]);

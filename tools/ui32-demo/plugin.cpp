@@ -86,9 +86,8 @@ struct Counted<Slot, R (*)(A...)> {
 
 bool loadCounted(const std::string &path, const UiConfig &config, kit::Table &table, std::string &error) {
     if (!library.load(path, &logReport, config, error)) return false;
-    [&]<size_t... Slot>(std::index_sequence<Slot...>) {
-        ((table.slots[Slot] = reinterpret_cast<void *>(&Counted<int(Slot), std::tuple_element_t<Slot, SlotTypes>>::call)),
-         ...);
+    [&]<size_t... S>(std::index_sequence<S...>) {
+        ((table.slots[S] = reinterpret_cast<void *>(&Counted<int(S), std::tuple_element_t<S, SlotTypes>>::call)), ...);
     }(std::make_index_sequence<UI_SLOT_COUNT>{});
     return true;
 }

@@ -34,6 +34,8 @@ constexpr uint8_t kDither[8] = {0xAA, 0x55, 0xAA, 0x55, 0xAA, 0x55, 0xAA, 0x55};
 // Raster operations by their table index (copy is 12).
 enum Rop2 { kRopBlack = 0, kRopNotCopy = 3, kRopInvert = 5, kRopXor = 6, kRopMask = 8, kRopCopy = 12, kRopMerge = 14 };
 
+UiClipRect clipOf(int x, int y, int w, int h) { return {x, y, x + w - 1, y + h - 1}; }
+
 struct Window {
     int x, y, w, h;
     const char *title;
@@ -42,8 +44,8 @@ struct Window {
     int clientY() const { return y + 26; }
     int clientW() const { return w - 8; }
     int clientH() const { return h - 30; }
-    UiClipRect clip() const { return {x, y, x + w - 1, y + h - 1}; }
-    UiClipRect clientClip() const { return {clientX(), clientY(), clientX() + clientW() - 1, clientY() + clientH() - 1}; }
+    UiClipRect clip() const { return clipOf(x, y, w, h); }
+    UiClipRect clientClip() const { return clipOf(clientX(), clientY(), clientW(), clientH()); }
 };
 
 const Window kTerminal{92, 14, 488, 262, "Terminal", false};
@@ -52,8 +54,6 @@ const Window kPaint{92, 290, 360, 332, "Paint", false};
 const Window kPhotos{470, 296, 284, 266, "Photos", false};
 const Window kNotes{560, 408, 420, 310, "Notes", true};
 const Window *const kWindows[] = {&kTerminal, &kRemote, &kPaint, &kPhotos, &kNotes};
-
-UiClipRect clipOf(int x, int y, int w, int h) { return {x, y, x + w - 1, y + h - 1}; }
 
 using Encoder = kit::Bytes (*)(const Picture &);
 
@@ -64,9 +64,15 @@ struct {
 } interleavedStreams;
 
 // FreeRDP 2's interleaved stream of a picture (at most 64 x 64, widths a
-// multiple of 4) where its own decoder gives the picture back: some of its
-// colour images carry scratch bytes instead of the pixels.  Otherwise, and
-// without FreeRDP 2, rows of colour images.
+// multiple of 4) where its own decoder gives the picture back: for most
+// pictures with rows that differ it does not (some of its orders carry
+// scratch bytes or the wrong pixels).  Otherwise, and without FreeRDP 2,
+// rows of colour images.
+#ifdef UI32_DEMO_PEER
+constexpr const char *kInterleavedRest = "the rest, whose streams decode to other pictures, as colour images";
+#else
+constexpr const char *kInterleavedRest = "built without it: all as colour images";
+#endif
 kit::Bytes interleaved(const Picture &p) {
 #ifdef UI32_DEMO_PEER
     static kit::PeerDecoders decoders;
@@ -106,8 +112,8 @@ struct PointerRecord {
 class Scene {
 public:
     Scene(const kit::Table &table, kit::Frame &screen)
-        : t_(table), s_(screen), img_(&screen.image()), dirty_(&screen.dirty()), small_(makeSmallFont()), large_(makeLargeFont()), fixed_(makeFixedFont()),
-          icons_(kIconCount * 3, 128), symbols_(kSymbolCount, 8) {
+        : t_(table), s_(screen), img_(&screen.image()), dirty_(&screen.dirty()), small_(makeSmallFont()),
+          large_(makeLargeFont()), fixed_(makeFixedFont()), icons_(kIconCount * 3, 128), symbols_(kSymbolCount, 8) {
         for (int i = 0; i < kIconCount; ++i) {
             const std::vector<IconLayer> layers = iconLayers(Icon(i));
             for (size_t l = 0; l < layers.size(); ++l) {
@@ -139,9 +145,9 @@ private:
     void endFrame(const char *name) {
         char line[160];
         const long calls = totalCalls();
-        std::snprintf(line, sizeof line, "frame %zu %-10s %5ld calls, %3zu of %d tiles marked", report_.frames.size() + 1,
-                      name, calls - callsAtFrameStart_, s_.markedTiles().size(),
-                      s_.dirty().columns * s_.dirty().rows);
+        std::snprintf(line, sizeof line, "frame %zu %-10s %5ld calls, %3zu of %d tiles marked",
+                      report_.frames.size() + 1, name, calls - callsAtFrameStart_, s_.markedTiles().size(),
+                      dirty_->columns * dirty_->rows);
         report_.frames.push_back(line);
         callsAtFrameStart_ = calls;
         s_.clearTiles();
@@ -170,6 +176,26 @@ private:
     // ---------------------------------------------------------------------
     // Order helpers
     // ---------------------------------------------------------------------
+
+    // A picture as the client's own 4-byte pixels, rows `rowLength` pixels
+    // apart: bytes red, green, blue in byte order 0, blue, green, red in 1.
+    static std::vector<uint8_t> clientPixels(const Picture &p, uint8_t order, int rowLength) {
+        std::vector<uint8_t> bytes(size_t(rowLength) * 4 * size_t(p.height), 0);
+        for (int y = 0; y < p.height; ++y)
+            for (int x = 0; x < p.width; ++x) {
+                const uint32_t c = p.at(x, y);
+                uint8_t *b = &bytes[(size_t(y) * size_t(rowLength) + size_t(x)) * 4];
+                const uint32_t first = order == 0 ? c >> 16 : c, last = order == 0 ? c : c >> 16;
+                b[0] = uint8_t(first), b[1] = uint8_t(c >> 8), b[2] = uint8_t(last);
+            }
+        return bytes;
+    }
+
+    void putPicture(const char *what, const Picture &p, int x, int y, uint8_t order) {
+        t_.setSourceByteOrder(order);
+        t_.putPixels(img_, dirty_, UiRect{x, y, p.width, p.height}, clientPixels(p, order, p.width).data());
+        checkScreen(what, p, x, y);
+    }
 
     void solid(int x, int y, int w, int h, uint32_t c, const UiClipRect &clip) {
         const auto rgbc = components(c);
@@ -245,7 +271,8 @@ private:
                 const Picture piece = p.crop(bx, by, std::min(64, p.width - bx), std::min(64, p.height - by));
                 const kit::Bytes data = encode(piece);
                 block.assign(piece.pixels.size(), 0);
-                decoded &= t_.decodeBitmap(piece.width, piece.height, data.data(), data.length(), compressed, block.data()) == 1;
+                decoded &= t_.decodeBitmap(piece.width, piece.height, data.data(), data.length(), compressed,
+                                           block.data()) == 1;
                 for (int r = 0; r < piece.height; ++r)  // block row r is bitmap row height - by - piece.height + r
                     std::copy_n(&block[size_t(r) * size_t(piece.width)], piece.width,
                                 &bitmap[size_t(p.height - by - piece.height + r) * size_t(p.width) + size_t(bx)]);
@@ -295,14 +322,8 @@ private:
         std::snprintf(note, sizeof note, "wallpaper: %d interleaved tiles (%ld bytes), %d planar tiles (%ld bytes), "
                       "%d raw tiles (%ld bytes)", tiles[0], bytes[0], tiles[1], bytes[1], tiles[2], bytes[2]);
         report_.notes.push_back(note);
-#ifdef UI32_DEMO_PEER
-        std::snprintf(note, sizeof note, "interleaved: %d of %d streams from FreeRDP 2's encoder; the rest, where its "
-                      "stream does not decode to the picture, as colour images", interleavedStreams.peer,
-                      interleavedStreams.peer + interleavedStreams.images);
-#else
-        std::snprintf(note, sizeof note, "interleaved: %d streams as colour images (built without FreeRDP 2, whose "
-                      "encoder makes them where it is found)", interleavedStreams.images);
-#endif
+        std::snprintf(note, sizeof note, "interleaved: %d of %d streams from FreeRDP 2's encoder; %s",
+                      interleavedStreams.peer, interleavedStreams.peer + interleavedStreams.images, kInterleavedRest);
         report_.notes.push_back(note);
     }
 
@@ -315,7 +336,8 @@ private:
         const UiClipRect screen = s_.all();
         for (int i = 0; i < kIconCount; ++i) {
             const int x = 26, y = 22 + 88 * i;
-            for (int l = 0; l < 3; ++l) t_.fastGlyph(s_.surface(), glyphOrder(icons_, i * 3 + l, x, y, iconColours_[i][l]), screen);
+            for (int l = 0; l < 3; ++l)
+                t_.fastGlyph(s_.surface(), glyphOrder(icons_, i * 3 + l, x, y, iconColours_[i][l]), screen);
             const int baseline = y + 46;
             const int width = small_.width(labels[i]);
             const int left = 42 - width / 2;
@@ -438,10 +460,10 @@ private:
 
     void consoleLine(std::string_view s) {
         if (consoleRow_ == kConsoleRows) {  // scroll up one row
-            t_.copyRect(img_, dirty_, UiRect{consoleX(), consoleY(), kConsoleColumns * 8, (kConsoleRows - 1) * 16}, consoleX(),
-                        consoleY() + 16);
-            t_.fillBufferRect(img_, dirty_,
-                              UiRect{consoleX(), consoleY() + (kConsoleRows - 1) * 16, kConsoleColumns * 8, 16}, kBlack);
+            const int bottom = consoleY() + (kConsoleRows - 1) * 16;
+            t_.copyRect(img_, dirty_, UiRect{consoleX(), consoleY(), kConsoleColumns * 8, bottom - consoleY()},
+                        consoleX(), consoleY() + 16);
+            t_.fillBufferRect(img_, dirty_, UiRect{consoleX(), bottom, kConsoleColumns * 8, 16}, kBlack);
             --consoleRow_;
         }
         const bool prompt = s.substr(0, 5) == "user@";
@@ -485,8 +507,8 @@ private:
     // Remote view: a second machine's screen as ZRLE tiles and Hextile.
     void remoteWindow() {
         windowFrame(kRemote);
-        t_.dstBlt(s_.surface(), UiDstBltOrder{kRemote.clientX(), kRemote.clientY(), kRemote.clientW(), kRemote.clientH(), 0x00},
-                  kRemote.clientClip());
+        const Window &w = kRemote;
+        t_.dstBlt(s_.surface(), UiDstBltOrder{w.clientX(), w.clientY(), w.clientW(), w.clientH(), 0}, w.clientClip());
         t_.setSourceByteOrder(1);
         const Picture desktop = remoteDesktop();
         const int zx = kRemote.clientX() + 8, zy = kRemote.clientY() + 4;
@@ -539,7 +561,8 @@ private:
         const UiClipRect client = w.clientClip();
         solid(w.clientX(), w.clientY(), w.clientW(), w.clientH(), kFace, client);
         menuBar(w);
-        for (int i = 0; i < 6; ++i) memBlt(w.clientX() + 4 + 22 * i, w.clientY() + 17, 16, 16, 0xCC, 16 * i, 0, toolbar_, 96, 16, client);
+        for (int i = 0; i < 6; ++i)
+            memBlt(w.clientX() + 4 + 22 * i, w.clientY() + 17, 16, 16, 0xCC, 16 * i, 0, toolbar_, 96, 16, client);
         line(w.clientX() + 136, w.clientY() + 16, w.clientX() + 136, w.clientY() + 36, kShadow, kRopCopy, client);
 
         const int cx = w.clientX() + 4, cy = w.clientY() + 42, cw = w.clientW() - 8, ch = w.clientH() - 46;
@@ -587,19 +610,9 @@ private:
 
         // The client's own pixels: a colour picker (bytes red, green, blue)
         // and a palette (bytes blue, green, red).
-        const Picture picker = colourPicker(128, 64);
-        std::vector<uint8_t> bytes;
-        for (uint32_t px : picker.pixels) bytes.insert(bytes.end(), {uint8_t(px >> 16), uint8_t(px >> 8), uint8_t(px), 0});
-        t_.setSourceByteOrder(0);
         const int px = cx + 8, py = cy + 80;
-        t_.putPixels(img_, dirty_, UiRect{px, py, 128, 64}, bytes.data());
-        checkScreen("putPixels colour picker (byte order 0)", picker, px, py);
-        const Picture swatches = paletteSwatches(128, 32);
-        bytes.clear();
-        for (uint32_t c : swatches.pixels) bytes.insert(bytes.end(), {uint8_t(c), uint8_t(c >> 8), uint8_t(c >> 16), 0});
-        t_.setSourceByteOrder(1);
-        t_.putPixels(img_, dirty_, UiRect{px, py + 70, 128, 32}, bytes.data());
-        checkScreen("putPixels palette (byte order 1)", swatches, px, py + 70);
+        putPicture("putPixels colour picker (byte order 0)", colourPicker(128, 64), px, py, 0);
+        putPicture("putPixels palette (byte order 1)", paletteSwatches(128, 32), px, py + 70, 1);
         // Sixteen lines down the picker, one per raster operation, and three
         // across it: invert, mask (and) and merge (or).
         for (int rop = 0; rop < 16; ++rop)
@@ -685,7 +698,9 @@ private:
     int notesTop() const { return kNotes.clientY() + 16; }
     int notesBodyTop() const { return notesTop() + 26; }
     int notesBottom() const { return kNotes.clientY() + kNotes.clientH() - 16; }
-    UiClipRect notesClip() const { return clipOf(kNotes.clientX() + 2, notesTop(), kNotes.clientW() - 4, notesBottom() - notesTop()); }
+    UiClipRect notesClip() const {
+        return clipOf(kNotes.clientX() + 2, notesTop(), kNotes.clientW() - 4, notesBottom() - notesTop());
+    }
 
     void notesLine(GlyphString &g) {
         const int baseline = notesBodyTop() + 8 + kNotesLine * notesLines_++;
@@ -709,7 +724,8 @@ private:
         solid(w.clientX(), w.clientY(), w.clientW(), w.clientH(), kFace, client);
         menuBar(w);
         solid(w.clientX() + 2, notesTop(), w.clientW() - 4, notesBottom() - notesTop(), kWhite, client);
-        bevel(w.clientX() + 1, notesTop() - 1, w.clientW() - 2, notesBottom() - notesTop() + 2, kShadow, kWhite, client);
+        bevel(w.clientX() + 1, notesTop() - 1, w.clientW() - 2, notesBottom() - notesTop() + 2, kShadow, kWhite,
+              client);
         text(large_, w.clientX() + 10, notesTop() + 19, "Release notes", rgb(10, 36, 106), notesClip());
         {
             GlyphString g(small_, book_);
@@ -747,7 +763,8 @@ private:
             const std::string_view code = "srn_get(table, log, &config);";
             data.assign(code.begin(), code.end());
             const int baseline = notesBodyTop() + 8 + kNotesLine * notesLines_++;
-            UiGlyphIndexOrder o = textOrder(fixed_, data, w.clientX() + 22, baseline, 6 * int(code.size()), rgb(128, 0, 64));
+            UiGlyphIndexOrder o =
+                textOrder(fixed_, data, w.clientX() + 22, baseline, 6 * int(code.size()), rgb(128, 0, 64));
             o.flAccel = 0x20;
             t_.glyphIndex(s_.surface(), o, notesClip());
         }
@@ -805,22 +822,16 @@ private:
     void pointer(int x, int y) {
         const Pointer arrow = arrowPointer();
         constexpr int kRowLength = 20;  // the source rows carry padding
-        std::vector<uint8_t> src(size_t(kRowLength) * 4 * arrow.colours.height, 0);
-        for (int r = 0; r < arrow.colours.height; ++r)
-            for (int c = 0; c < arrow.colours.width; ++c) {
-                const uint32_t px = arrow.colours.at(c, r);
-                uint8_t *b = &src[(size_t(r) * kRowLength + size_t(c)) * 4];
-                b[0] = uint8_t(px), b[1] = uint8_t(px >> 8), b[2] = uint8_t(px >> 16);  // byte order 1
-            }
         t_.setSourceByteOrder(1);
         PointerRecord record{};
         record.record.width = arrow.colours.width;
         record.record.height = arrow.colours.height;
-        t_.importImage32(record.record, src.data(), kRowLength);
+        t_.importImage32(record.record, clientPixels(arrow.colours, 1, kRowLength).data(), kRowLength);
         const uint32_t *image = record.record.image;
         long bad = 0;
         for (int r = 0; r < arrow.colours.height; ++r)
-            for (int c = 0; c < arrow.colours.width; ++c) bad += (image[r * 32 + c] & 0xFFFFFF) != arrow.colours.at(c, r);
+            for (int c = 0; c < arrow.colours.width; ++c)
+                bad += (image[r * 32 + c] & 0xFFFFFF) != arrow.colours.at(c, r);
         check("importImage32 pointer record", bad, long(arrow.colours.width) * arrow.colours.height);
 
         const int w = arrow.colours.width, h = arrow.colours.height;
