@@ -68,11 +68,6 @@ struct {
 // pictures with rows that differ it does not (some of its orders carry
 // scratch bytes or the wrong pixels).  Otherwise, and without FreeRDP 2,
 // rows of colour images.
-#ifdef UI32_DEMO_PEER
-constexpr const char *kInterleavedRest = "the rest, whose streams decode to other pictures, as colour images";
-#else
-constexpr const char *kInterleavedRest = "built without it: all as colour images";
-#endif
 kit::Bytes interleaved(const Picture &p) {
 #ifdef UI32_DEMO_PEER
     static kit::PeerDecoders decoders;
@@ -322,8 +317,14 @@ private:
         std::snprintf(note, sizeof note, "wallpaper: %d interleaved tiles (%ld bytes), %d planar tiles (%ld bytes), "
                       "%d raw tiles (%ld bytes)", tiles[0], bytes[0], tiles[1], bytes[1], tiles[2], bytes[2]);
         report_.notes.push_back(note);
-        std::snprintf(note, sizeof note, "interleaved: %d of %d streams from FreeRDP 2's encoder; %s",
-                      interleavedStreams.peer, interleavedStreams.peer + interleavedStreams.images, kInterleavedRest);
+#ifdef UI32_DEMO_PEER
+        std::snprintf(note, sizeof note, "interleaved: %d of %d streams from FreeRDP 2's encoder, the rest (whose "
+                      "streams decode to other pictures) as colour images", interleavedStreams.peer,
+                      interleavedStreams.peer + interleavedStreams.images);
+#else
+        std::snprintf(note, sizeof note, "interleaved: all %d streams as colour images (built without FreeRDP 2)",
+                      interleavedStreams.images);
+#endif
         report_.notes.push_back(note);
     }
 
