@@ -99,10 +99,10 @@ void drawArtText(Picture &picture, int x, int baseline, const char *text, uint32
 }
 
 // ---------------------------------------------------------------------------
-// Wallpaper: a sunset over a lake.  Sky rows are one colour each (colour
-// runs), stars are single white pixels, the water alternates rows by a fixed
-// difference (foreground runs), the meadow is a two-colour dither (dithered
-// runs) sprinkled with flowers.
+// Wallpaper: a sunset over a lake, in the patterns run-length bitmap codecs
+// are made for: sky rows of one colour each, stars of single white pixels,
+// water whose rows alternate by a fixed difference, a meadow in a two-colour
+// dither sprinkled with flowers.
 // ---------------------------------------------------------------------------
 
 Picture wallpaper(int width, int height) {
