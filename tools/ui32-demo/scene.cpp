@@ -107,8 +107,8 @@ struct PointerRecord {
 class Scene {
 public:
     Scene(const kit::Table &table, kit::Frame &screen)
-        : t_(table), s_(screen), img_(&screen.image()), dirty_(&screen.dirty()), small_(makeSmallFont()),
-          large_(makeLargeFont()), fixed_(makeFixedFont()), icons_(kIconCount * 3, 128), symbols_(kSymbolCount, 8) {
+        : t_(table), s_(screen), img_(&screen.image()), dirty_(&screen.dirty()), small_(makeFont(1)),
+          large_(makeFont(2)), fixed_(makeFont(1, 6)), icons_(kIconCount * 3, 128), symbols_(kSymbolCount, 8) {
         for (int i = 0; i < kIconCount; ++i) {
             const std::vector<IconLayer> layers = iconLayers(Icon(i));
             for (size_t l = 0; l < layers.size(); ++l) {
@@ -237,6 +237,8 @@ private:
         return g.width();
     }
 
+    GlyphString small() { return GlyphString(small_, book_); }
+
     void drawGlyphString(const Font &font, const GlyphString &g, int x, int baseline, uint32_t colour,
                          const UiClipRect &clip) {
         t_.glyphIndex(s_.surface(), textOrder(font, g.bytes(), x, baseline, g.width(), colour), clip);
@@ -353,12 +355,8 @@ private:
                 continue;
             }
             // A shadow, stored as a fragment, then the label again from it.
-            GlyphString shadow(small_, book_);
-            shadow.text(labels[i]).store(10 + i);
-            drawGlyphString(small_, shadow, left + 1, baseline + 1, kBlack, screen);
-            GlyphString label(small_, book_);
-            label.replay(10 + i);
-            drawGlyphString(small_, label, left, baseline, kWhite, screen);
+            drawGlyphString(small_, small().text(labels[i]).store(10 + i), left + 1, baseline + 1, kBlack, screen);
+            drawGlyphString(small_, small().replay(10 + i), left, baseline, kWhite, screen);
         }
         taskbar();
     }
@@ -703,7 +701,7 @@ private:
         return clipOf(kNotes.clientX() + 2, notesTop(), kNotes.clientW() - 4, notesBottom() - notesTop());
     }
 
-    void notesLine(GlyphString &g) {
+    void notesLine(const GlyphString &g) {
         const int baseline = notesBodyTop() + 8 + kNotesLine * notesLines_++;
         drawGlyphString(small_, g, kNotes.clientX() + 10, baseline, rgb(24, 24, 24), notesClip());
     }
@@ -712,9 +710,7 @@ private:
             ++notesLines_;
             return;
         }
-        GlyphString g(small_, book_);
-        g.text(s);
-        notesLine(g);
+        notesLine(small().text(s));
     }
 
     // Notes: the active window; text in both sizes with fragments.
@@ -728,36 +724,16 @@ private:
         bevel(w.clientX() + 1, notesTop() - 1, w.clientW() - 2, notesBottom() - notesTop() + 2, kShadow, kWhite,
               client);
         text(large_, w.clientX() + 10, notesTop() + 19, "Release notes", rgb(10, 36, 106), notesClip());
-        {
-            GlyphString g(small_, book_);
-            g.text("ui32 draws remote desktop orders into the ");
-            const size_t mark = g.mark();
-            g.text("frame buffer").store(2, mark);
-            notesLine(g);
-        }
+        notesLine(small().text("ui32 draws remote desktop orders into the ").mark().text("frame buffer").store(2));
         notesLine("of a thin client and marks the 32x32 tiles it changed.");
         notesLine("");
         notesLine("- bitmap updates: interleaved and planar codecs");
-        {
-            GlyphString g(small_, book_);
-            g.text("- text: glyph strings with deltas and ");
-            const size_t mark = g.mark();
-            g.text("fragments").store(3, mark);
-            notesLine(g);
-        }
+        notesLine(small().text("- text: glyph strings with deltas and ").mark().text("fragments").store(3));
         notesLine("- brushes: solid, hatched, pattern and cached");
         notesLine("- lines through all sixteen raster operations");
         notesLine("- RFB: every ZRLE tile kind and Hextile");
-        {
-            GlyphString g(small_, book_);
-            g.text("- copies inside the ").replay(2).text(" overlap-safely");
-            notesLine(g);
-        }
-        {
-            GlyphString g(small_, book_);
-            g.text("- ").replay(3).text(" persist from order to order");  // stored delta places the first glyph
-            notesLine(g);
-        }
+        notesLine(small().text("- copies inside the ").replay(2).text(" overlap-safely"));
+        notesLine(small().text("- ").replay(3).text(" persist from order to order"));  // its stored delta places it
         // A line of code in a fixed-pitch face: glyphs advance by their width.
         {
             std::vector<uint8_t> data;

@@ -27,11 +27,11 @@ GlyphString &GlyphString::gap(int pixels) {
     return *this;
 }
 
-GlyphString &GlyphString::store(int slot, size_t mark) {
-    const size_t length = bytes_.size() - mark;
-    if (mark < replayedUpTo_ || length > 255) return *this;
+GlyphString &GlyphString::store(int slot) {
+    const size_t length = bytes_.size() - mark_;
+    if (mark_ < replayedUpTo_ || length > 255) return *this;
     FragmentBook::Entry &entry = book_.slots[size_t(slot)];
-    const auto first = std::find_if(glyphs_.begin(), glyphs_.end(), [&](const Glyph &g) { return g.at >= mark; });
+    const auto first = std::find_if(glyphs_.begin(), glyphs_.end(), [&](const Glyph &g) { return g.at >= mark_; });
     if (first == glyphs_.end()) return *this;
     const size_t d = first->at + 1;
     entry.firstDelta = bytes_[d] < 0x80 ? bytes_[d] : int16_t(bytes_[d + 1] | bytes_[d + 2] << 8);

@@ -32,12 +32,13 @@ public:
     GlyphString(const Font &font, FragmentBook &book) : font_(font), book_(book) {}
     GlyphString &text(std::string_view s);
     GlyphString &gap(int pixels);
-    // Stores the bytes from `mark` up to here as fragment `slot` (they must
+    // Marks where the next fragment starts (else at the beginning).
+    GlyphString &mark() { return mark_ = bytes_.size(), *this; }
+    // Stores the bytes from the mark up to here as fragment `slot` (they must
     // hold glyphs only: a replay inside a fragment would not be a command).
-    GlyphString &store(int slot, size_t mark = 0);
+    GlyphString &store(int slot);
     // Draws fragment `slot` again.
     GlyphString &replay(int slot);
-    size_t mark() const { return bytes_.size(); }
     const std::vector<uint8_t> &bytes() const { return bytes_; }
     int width() const { return pen_ + pending_; }
 
@@ -52,6 +53,7 @@ private:
     std::vector<uint8_t> bytes_;
     std::vector<Glyph> glyphs_;  // drawn since the string began
     size_t replayedUpTo_ = 0;    // bytes up to the end of the last replay
+    size_t mark_ = 0;
     int pen_ = 0;
     int pending_ = 0;
 };
