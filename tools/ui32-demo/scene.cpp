@@ -129,6 +129,7 @@ public:
         frameActivity();
         report_.lastFrameTiles = s_.markedTiles();
         endFrame("activity");
+        check("guard bands around frame and tile map", 0, 0, s_.guardsIntact() ? nullptr : "a guard word changed");
         return report_;
     }
 
@@ -149,10 +150,11 @@ private:
     }
 
     // A check's line: ok, or FAILED with the pixels that differ or, when the
-    // decoding itself failed, `why`.
+    // check is not about pixels or the decoding itself failed, `why`.
     void check(const char *what, long mismatches, long total, const char *why = nullptr) {
         char line[200];
         if (why != nullptr) std::snprintf(line, sizeof line, "check %-40s FAILED: %s", what, why);
+        else if (total == 0) std::snprintf(line, sizeof line, "check %-40s ok", what);
         else if (mismatches == 0) std::snprintf(line, sizeof line, "check %-40s ok (%ld pixels)", what, total);
         else std::snprintf(line, sizeof line, "check %-40s FAILED: %ld of %ld pixels differ", what, mismatches, total);
         report_.checks.push_back(line);
