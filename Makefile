@@ -20,7 +20,7 @@ build: deps
 	cmake --preset native
 	cmake --build --preset native
 
-demo: deps
+demo:
 	tools/demo.sh
 
 package: deps

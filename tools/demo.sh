@@ -1,13 +1,15 @@
 #!/bin/sh
 # make demo: builds the library and the demo client with the native preset,
 # draws the demo desktop through the plug-in and writes demo.png and
-# demo-tiles.png in the repository root.
+# demo-tiles.png in the repository root.  It installs only the demo's own
+# packages (tools/packages/demo.txt): FreeRDP 2, when present, makes some of
+# the demo's bitmaps; without it the demo sends them in a plainer form.
 #   UI32_DEMO_BUILD=<dir>  build directory (default build/native)
 set -eu
 cd "$(dirname "$0")/.."
 root=$(pwd)
 
-tools/install-deps.sh
+tools/install-deps.sh demo
 
 build=${UI32_DEMO_BUILD:-build/native}
 mkdir -p "$build"

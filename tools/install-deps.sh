@@ -5,8 +5,14 @@
 # compiler, so the i386 build uses g++-12-multilib and libc6-dev-i386 only.
 set -eu
 
-# One list per area in tools/packages/*.txt; '#' starts a comment.
-PACKAGES=$(cat "$(dirname "$0")"/packages/*.txt | sed 's/#.*//' | tr -s ' \n' '\n' | sort -u)
+# One list per area in tools/packages/*.txt; '#' starts a comment.  The
+# arguments name the areas to install (default: every area).
+lists=$(dirname "$0")/packages
+if [ $# -gt 0 ]; then
+    PACKAGES=$(for area in "$@"; do cat "$lists/$area.txt"; done | sed 's/#.*//' | tr -s ' \n' '\n' | sort -u)
+else
+    PACKAGES=$(cat "$lists"/*.txt | sed 's/#.*//' | tr -s ' \n' '\n' | sort -u)
+fi
 
 missing=""
 for p in $PACKAGES; do

@@ -196,42 +196,20 @@ Mask scale2x(const Mask &m) {
     return out;
 }
 
-Font makeSmallFont() {
-    Font font(16);
-    font.ascent = kArtAscent;
-    font.descent = kArtHeight - kArtAscent;
+Font makeFont(int scale, int cell) {
+    Font font(scale == 1 ? 16 : 64);
+    font.ascent = scale * kArtAscent;
+    font.descent = scale * (kArtHeight - kArtAscent);
     for (int c = 32; c < 127; ++c) {
-        const Mask art = characterArt(char(c));
-        font.cache.store(c, art, 0, -kArtAscent);
-        font.advance[c] = art.width + 1;
-    }
-    return font;
-}
-
-Font makeLargeFont() {
-    Font font(64);
-    font.ascent = 2 * kArtAscent;
-    font.descent = 2 * (kArtHeight - kArtAscent);
-    for (int c = 32; c < 127; ++c) {
-        const Mask art = scale2x(characterArt(char(c)));
-        font.cache.store(c, art, 0, -2 * kArtAscent);
-        font.advance[c] = art.width + 2;
-    }
-    return font;
-}
-
-Font makeFixedFont() {
-    Font font(16);
-    font.ascent = kArtAscent;
-    font.descent = kArtHeight - kArtAscent;
-    for (int c = 32; c < 127; ++c) {
-        const Mask art = characterArt(char(c));
-        Mask cell(6, kArtHeight);
-        const int left = (5 - art.width) / 2;
-        for (int y = 0; y < kArtHeight; ++y)
-            for (int x = 0; x < art.width; ++x) cell.set(left + x, y, art.at(x, y));
-        font.cache.store(c, cell, 0, -kArtAscent);
-        font.advance[c] = 6;
+        Mask art = scale == 1 ? characterArt(char(c)) : scale2x(characterArt(char(c)));
+        if (cell > 0) {  // centred in its cell
+            Mask centred(cell, art.height);
+            for (int y = 0; y < art.height; ++y)
+                for (int x = 0; x < art.width; ++x) centred.set((cell - 1 - art.width) / 2 + x, y, art.at(x, y));
+            art = centred;
+        }
+        font.cache.store(c, art, 0, -font.ascent);
+        font.advance[c] = cell > 0 ? cell : art.width + scale;
     }
     return font;
 }

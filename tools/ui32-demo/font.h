@@ -55,9 +55,10 @@ struct Font {
 // ink so that the face is proportional.
 Mask characterArt(char c);
 
-Font makeSmallFont();  // the art as drawn, about 9 pixels high
-Font makeLargeFont();  // the art doubled with edge smoothing, about 18 pixels high
-Font makeFixedFont();  // the art centred in 6-pixel cells: every glyph as wide as its advance
+// A face of the art: scale 1 as drawn (about 9 pixels high), scale 2
+// doubled with edge smoothing (about 18); with `cell` > 0 each glyph is
+// centred in a cell that wide, the pitch of a fixed-width face.
+Font makeFont(int scale, int cell = 0);
 
 // 8 x 16 character cells for drawChar8x16: the art emboldened and stretched.
 using Cell8x16 = std::array<uint8_t, 16>;

@@ -99,10 +99,10 @@ void drawArtText(Picture &picture, int x, int baseline, const char *text, uint32
 }
 
 // ---------------------------------------------------------------------------
-// Wallpaper: a sunset over a lake.  Sky rows are one colour each (colour
-// runs), stars are single white pixels, the water alternates rows by a fixed
-// difference (foreground runs), the meadow is a two-colour dither (dithered
-// runs) sprinkled with flowers.
+// Wallpaper: a sunset over a lake, in the patterns run-length bitmap codecs
+// are made for: sky rows of one colour each, stars of single white pixels,
+// water whose rows alternate by a fixed difference, a meadow in a two-colour
+// dither sprinkled with flowers.
 // ---------------------------------------------------------------------------
 
 Picture wallpaper(int width, int height) {
@@ -339,22 +339,10 @@ Picture colourPicker(int width, int height) {
 }
 
 Picture paletteSwatches(int width, int height) {
-    static const uint32_t palette[16] = {0,
-                                         rgb(128, 0, 0),
-                                         rgb(0, 128, 0),
-                                         rgb(128, 128, 0),
-                                         rgb(0, 0, 128),
-                                         rgb(128, 0, 128),
-                                         rgb(0, 128, 128),
-                                         rgb(192, 192, 192),
-                                         rgb(128, 128, 128),
-                                         rgb(255, 0, 0),
-                                         rgb(0, 255, 0),
-                                         rgb(255, 255, 0),
-                                         rgb(0, 0, 255),
-                                         rgb(255, 0, 255),
-                                         rgb(0, 255, 255),
-                                         0xFFFFFF};
+    static const uint32_t palette[16] = {
+        0,                  rgb(128, 0, 0),   rgb(0, 128, 0),   rgb(128, 128, 0), rgb(0, 0, 128),   rgb(128, 0, 128),
+        rgb(0, 128, 128),   rgb(192, 192, 192), rgb(128, 128, 128), rgb(255, 0, 0), rgb(0, 255, 0), rgb(255, 255, 0),
+        rgb(0, 0, 255),     rgb(255, 0, 255), rgb(0, 255, 255), 0xFFFFFF};
     Picture p(width, height, rgb(128, 128, 128));
     const int w = width / 8, h = height / 2;
     for (int i = 0; i < 16; ++i) fill(p, (i % 8) * w + 1, (i / 8) * h + 1, (i % 8 + 1) * w - 1, (i / 8 + 1) * h - 1, palette[i]);
@@ -451,14 +439,5 @@ Mask symbol(Symbol s) {
     }
     return m;
 }
-
-const std::array<uint8_t, 48> kHatchPatterns = {
-    0x00, 0x00, 0x00, 0xFF, 0x00, 0x00, 0x00, 0x00,  // horizontal
-    0x08, 0x08, 0x08, 0x08, 0x08, 0x08, 0x08, 0x08,  // vertical
-    0x80, 0x40, 0x20, 0x10, 0x08, 0x04, 0x02, 0x01,  // forward diagonal
-    0x01, 0x02, 0x04, 0x08, 0x10, 0x20, 0x40, 0x80,  // backward diagonal
-    0x08, 0x08, 0x08, 0xFF, 0x08, 0x08, 0x08, 0x08,  // cross
-    0x81, 0x42, 0x24, 0x18, 0x18, 0x24, 0x42, 0x81,  // diagonal cross
-};
 
 }  // namespace demo

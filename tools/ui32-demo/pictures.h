@@ -2,14 +2,15 @@
 // icons, the remote screens behind the RFB rectangles, the mouse pointer.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <vector>
 
-#include "codecs.h"
 #include "font.h"
+#include "picture.h"
 
 namespace demo {
+
+using kit::Picture;
 
 constexpr uint32_t rgb(int r, int g, int b) {
     return uint32_t(r & 0xFF) << 16 | uint32_t(g & 0xFF) << 8 | uint32_t(b & 0xFF);
@@ -47,9 +48,5 @@ void drawArtText(Picture &picture, int x, int baseline, const char *text, uint32
 // Caption-button symbols, 8 x 8: close, minimise, maximise.
 enum Symbol { kClose, kMinimise, kMaximise, kSymbolCount };
 Mask symbol(Symbol s);
-
-// The six hatch patterns handed to srn_get (horizontal, vertical, forward
-// diagonal, backward diagonal, cross, diagonal cross), 8 bytes each.
-extern const std::array<uint8_t, 48> kHatchPatterns;
 
 }  // namespace demo

@@ -4,20 +4,21 @@
 #include <string>
 #include <vector>
 
-#include "plugin.h"
+#include "frame.h"
+#include "table.h"
 
 namespace demo {
 
 struct SceneReport {
-    std::vector<std::string> frames;    // one line per frame
-    std::vector<std::string> checks;    // one line per round-trip check
-    std::vector<std::string> notes;     // encoder statistics
+    std::vector<std::string> frames;  // one line per frame
+    std::vector<std::string> checks;  // one line per round-trip check
+    std::vector<std::string> notes;   // what the encoders made
     int failedChecks = 0;
-    std::vector<uint8_t> lastFrameTiles;  // the tile map after the last frame
+    std::vector<int> lastFrameTiles;  // the tiles marked by the last frame
 };
 
-// Draws the whole scene into `screen`: wallpaper, desktop, windows, then a
-// frame of activity whose dirty tiles stay in the report.
-SceneReport drawDesktop(Plugin &plugin, Screen &screen);
+// Draws the whole scene into `frame`: wallpaper, desktop, windows, then a
+// frame of activity whose marked tiles stay in the report.
+SceneReport drawDesktop(const kit::Table &table, kit::Frame &frame);
 
 }  // namespace demo

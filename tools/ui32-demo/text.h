@@ -4,7 +4,6 @@
 
 #include <array>
 #include <cstdint>
-#include <string>
 #include <string_view>
 #include <vector>
 
@@ -14,10 +13,9 @@
 namespace demo {
 
 // What the client knows about the fragments it has asked the library to
-// store: their text and the delta stored with their first glyph.
+// store: how far each moves the pen.
 struct FragmentBook {
     struct Entry {
-        std::string text;
         int firstDelta = 0;   // stored with the first glyph; 0 lets the replaying order place it
         int span = 0;         // from the first glyph's position to the last one's
         int lastAdvance = 0;  // advance after the last glyph
@@ -34,29 +32,35 @@ public:
     GlyphString(const Font &font, FragmentBook &book) : font_(font), book_(book) {}
     GlyphString &text(std::string_view s);
     GlyphString &gap(int pixels);
-    // Stores the bytes from `mark` up to here as fragment `slot` (they must
+    // Marks where the next fragment starts (else at the beginning).
+    GlyphString &mark() { return mark_ = bytes_.size(), *this; }
+    // Stores the bytes from the mark up to here as fragment `slot` (they must
     // hold glyphs only: a replay inside a fragment would not be a command).
-    GlyphString &store(int slot, size_t mark = 0);
+    GlyphString &store(int slot);
     // Draws fragment `slot` again.
     GlyphString &replay(int slot);
-    size_t mark() const { return bytes_.size(); }
     const std::vector<uint8_t> &bytes() const { return bytes_; }
     int width() const { return pen_ + pending_; }
 
 private:
     void delta(int d);
+    struct Glyph {
+        size_t at;  // offset of its index byte
+        int pen, advance;
+    };
     const Font &font_;
     FragmentBook &book_;
     std::vector<uint8_t> bytes_;
-    std::string drawn_;  // characters since the string began, for fragment bookkeeping
-    std::vector<size_t> glyphAt_;  // byte offset of each drawn character's index
-    std::vector<int> glyphPen_;    // and its position
-    size_t replayedUpTo_ = 0;      // bytes up to the end of the last replay
+    std::vector<Glyph> glyphs_;  // drawn since the string began
+    size_t replayedUpTo_ = 0;    // bytes up to the end of the last replay
+    size_t mark_ = 0;
     int pen_ = 0;
     int pending_ = 0;
 };
 
+// Red, green and blue of 0xRRGGBB, as the orders carry colours.
 std::array<int32_t, 3> components(uint32_t colour);
+void setColour(int32_t (&out)[3], uint32_t colour);
 
 // A GlyphIndex record (explicit opaque rectangle form, no opaque fill)
 // for `data` drawn from (x, baseline), its background rectangle `width`
