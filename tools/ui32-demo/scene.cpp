@@ -16,9 +16,6 @@
 #include "pictures.h"
 #include "plugin.h"
 #include "text.h"
-#ifdef UI32_DEMO_PEER
-#include "peer.h"
-#endif
 
 namespace demo {
 namespace {
@@ -56,30 +53,6 @@ const Window kNotes{560, 408, 420, 310, "Notes", true};
 const Window *const kWindows[] = {&kTerminal, &kRemote, &kPaint, &kPhotos, &kNotes};
 
 using Encoder = kit::Bytes (*)(const Picture &);
-
-// How the interleaved streams were made: by FreeRDP 2's encoder, as servers
-// make them, or as rows of plain colour images.
-struct {
-    int peer = 0, images = 0;
-} interleavedStreams;
-
-// FreeRDP 2's interleaved stream of a picture (at most 64 x 64, widths a
-// multiple of 4) where its own decoder gives the picture back: for most
-// pictures with rows that differ it does not (some of its orders carry
-// scratch bytes or the wrong pixels).  Otherwise, and without FreeRDP 2,
-// rows of colour images.
-kit::Bytes interleaved(const Picture &p) {
-#ifdef UI32_DEMO_PEER
-    static kit::PeerDecoders decoders;
-    kit::Bytes out;
-    std::vector<uint32_t> back, colours(p.pixels);
-    for (uint32_t &c : colours) c &= 0xFFFFFF;
-    if (kit::peerInterleaved(p, out) && decoders.interleaved(out.data(), out.length(), p.width, p.height, back) &&
-        back == colours)
-        return ++interleavedStreams.peer, out;
-#endif
-    return ++interleavedStreams.images, kit::interleavedImages(p);
-}
 
 // The Hextile read callback has no context argument: the bytes of the
 // rectangle being decoded wait here.
@@ -292,7 +265,7 @@ private:
         wallpaper_ = wallpaper(s_.width(), s_.height());
         // Bitmaps the later orders take from the client's bitmap cache,
         // while the source depth is still 3 bytes.
-        photo_ = cacheBitmap("decodeBitmap interleaved photo", lakePhoto(256, 160), true, interleaved);
+        photo_ = cacheBitmap("decodeBitmap interleaved photo", lakePhoto(256, 160), true, kit::interleavedImages);
         toolbar_ = cacheBitmap("decodeBitmap raw 24-bit toolbar", toolbarIcons(), false,
                                [](const Picture &p) { return kit::rawBitmap(p, 3); });
         int tiles[3] = {};  // interleaved, planar, raw
@@ -303,6 +276,10 @@ private:
                 thumbs_ = cacheBitmap("decodeBitmap planar thumbnails", thumbnailStrip(), true,
                                       [](const Picture &p) { return kit::planar(p, true, true); });
             }
+            // Interleaved tiles are rows of colour images: the peer codec
+            // library's encoder does not give most of these pictures back
+            // (its own decoder disagrees with its streams), and every picture
+            // here is checked.
             for (int ty = sky ? 0 : 6; ty < (sky ? 6 : 12); ++ty)
                 for (int tx = 0; tx < 16; ++tx) {
                     const Picture tile = wallpaper_.crop(tx * 64, ty * 64, 64, 64);
@@ -310,7 +287,7 @@ private:
                     const int variant = (tx + ty) % 8;
                     const kit::Bytes data = kind == 2 ? kit::rawBitmap(tile, sky ? 4 : 3)
                                             : sky     ? kit::planar(tile, variant >= 2, variant >= 1 && variant <= 3)
-                                                      : interleaved(tile);
+                                                      : kit::interleavedImages(tile);
                     ++tiles[kind];
                     bytes[kind] += data.length();
                     sendBitmap(tx * 64, ty * 64, tile, data, kind != 2, sky ? 32 : 24);
@@ -320,15 +297,6 @@ private:
         char note[300];
         std::snprintf(note, sizeof note, "wallpaper: %d interleaved tiles (%ld bytes), %d planar tiles (%ld bytes), "
                       "%d raw tiles (%ld bytes)", tiles[0], bytes[0], tiles[1], bytes[1], tiles[2], bytes[2]);
-        report_.notes.push_back(note);
-#ifdef UI32_DEMO_PEER
-        std::snprintf(note, sizeof note, "interleaved: %d of %d streams from FreeRDP 2's encoder, the rest (whose "
-                      "streams decode to other pictures) as colour images", interleavedStreams.peer,
-                      interleavedStreams.peer + interleavedStreams.images);
-#else
-        std::snprintf(note, sizeof note, "interleaved: all %d streams as colour images (built without FreeRDP 2)",
-                      interleavedStreams.images);
-#endif
         report_.notes.push_back(note);
     }
 
