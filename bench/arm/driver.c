@@ -129,7 +129,14 @@ struct Workload {
     const char *file;
 };
 
-static void gridSetup(const Workload *k) { grid(k->w, k->h); }
+enum { BRUSH_SOLID_XOR, BRUSH_HATCH, BRUSH_PATTERN, BRUSH_COLOUR };
+static uint32_t colourBrush[64]; /* a cached 8 x 8 colour brush: a small dither */
+
+static void gridSetup(const Workload *k) {
+    int i;
+    grid(k->w, k->h);
+    for (i = 0; i < 64; ++i) colourBrush[i] = ((i / 8 + i) & 1) ? 0xbabdb6 : 0x888a85;
+}
 
 static void opaqueRect(const Workload *k) {
     int i;
@@ -147,9 +154,6 @@ static void fillBufferRect(const Workload *k) {
         SLOT(UiFillBufferRectFn, UI_SLOT_FILL_BUFFER_RECT)(&surface.image, &surface.dirty, &rects[i], 0x3465a4);
 }
 
-enum { BRUSH_SOLID_XOR, BRUSH_HATCH, BRUSH_PATTERN, BRUSH_COLOUR };
-static uint32_t colourBrush[64];
-
 static void patBlt(const Workload *k) {
     static const uint8_t pattern[8] = {0x88, 0x44, 0x22, 0x11, 0x88, 0x44, 0x22, 0x11};
     UiPatBltOrder o;
@@ -163,7 +167,6 @@ static void patBlt(const Workload *k) {
         case BRUSH_PATTERN: o.brushStyle = 3, memcpy(o.brushBytes, pattern, 8); break;
         case BRUSH_COLOUR: o.brushStyle = 0x85, o.brushData = (const uint8_t *)colourBrush; break;
     }
-    for (i = 0; i < 64; ++i) colourBrush[i] = ((i / 8 + i) & 1) ? 0xbabdb6 : 0x888a85;
     for (i = 0; i < rectCount; ++i) {
         o.left = rects[i].left, o.top = rects[i].top, o.width = rects[i].width, o.height = rects[i].height;
         SLOT(UiPatBltFn, UI_SLOT_PAT_BLT)(&surface, &o, &screenClip);
