@@ -59,5 +59,5 @@ if [ $# -gt 0 ] || [ -n "$filter" ]; then
     bench/report --arm "$counts" --md "$host/arm-results.md" --png "$host/results-arm.png" \
         --machine "Compiler=$compiler" --machine "Emulator=$qemu"
 else
-    bench/report --arm "$counts" --machine "Compiler=$compiler" --machine "Emulator=$qemu"
+    bench/report --arm "$counts" --notes bench/arm/notes.md --machine "Compiler=$compiler" --machine "Emulator=$qemu"
 fi
