@@ -9,8 +9,15 @@ name=$(dpkg-deb -f "$deb" Package)
 arch=$(dpkg-deb -f "$deb" Architecture)
 fail=0
 
-# Lintian as a terminal image's build would run it; root is fine here.
-if ! lintian --fail-on error,warning --suppress-tags running-with-root-privileges "$deb"; then
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+# Lintian as a terminal image's build would run it (its note about running
+# as root left out).
+lintian_status=0
+lintian --fail-on error,warning "$deb" >"$work/lintian.log" 2>&1 || lintian_status=$?
+grep -v 'running with root privileges' "$work/lintian.log" || true
+if [ $lintian_status != 0 ]; then
     echo "FAIL $deb: lintian"
     fail=1
 fi
@@ -33,10 +40,8 @@ if [ "$files" != "$expected" ]; then
     fail=1
 fi
 
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-dpkg-deb -x "$deb" "$work"
-so="$work/usr/lib/$triplet/ui32/ui32.so"
+dpkg-deb -x "$deb" "$work/root"
+so="$work/root/usr/lib/$triplet/ui32/ui32.so"
 if [ -f "$so" ]; then
     if readelf -S -W "$so" | grep -Eq '\.(symtab|debug_|comment)'; then
         echo "FAIL $deb: ui32.so is not stripped"
@@ -44,7 +49,7 @@ if [ -f "$so" ]; then
     fi
     tools/check-abi.sh "$so" >/dev/null || { tools/check-abi.sh "$so" || true; fail=1; }
 fi
-pc="$work/usr/lib/$triplet/pkgconfig/ui32.pc"
+pc="$work/root/usr/lib/$triplet/pkgconfig/ui32.pc"
 if [ -f "$pc" ] && ! grep -qx "libdir=\${prefix}/lib/$triplet" "$pc"; then
     echo "FAIL $deb: ui32.pc does not name the multiarch libdir"
     fail=1
