@@ -391,6 +391,7 @@ static void hextile(const Workload *k) {
 #define TEXT(op, v) {"text/" op "/80 glyphs 8x16", "memset", textSetup, textRound, 0, 0, v, NULL}
 #define BITMAPS(op, fn, file, depth) {"decoders/" op, "memcpy", bitmapsSetup, fn, 0, 0, depth, file}
 #define RFB(op, fn, file) {"rfb/" op, "memcpy", bitmapsSetup, fn, 0, 0, 0, file}
+#define RFB_FILL(op, fn, file) {"rfb/" op, "memset", bitmapsSetup, fn, 0, 0, 0, file}
 
 static const Workload workloads[] = {
     FILLS("opaqueRect", opaqueRect, 0),
@@ -428,7 +429,7 @@ static const Workload workloads[] = {
     BITMAPS("bitmapUpdate planar 0x20 raw, no alpha/tiles and 256x256", bitmapUpdate, "planar-20.bin", 4),
     BITMAPS("bitmapUpdate planar 0x30 run-length, no alpha/tiles and 256x256", bitmapUpdate, "planar-30.bin", 4),
     RFB("zrleRawTile photo/70 tiles 64x64", zrleTiles, "zrle-raw.bin"),
-    RFB("zrleSolidTile/70 tiles 64x64", zrleTiles, "zrle-solid.bin"),
+    RFB_FILL("zrleSolidTile/70 tiles 64x64", zrleTiles, "zrle-solid.bin"),
     RFB("zrlePackedPaletteTile 2 colours/70 tiles 64x64", zrleTiles, "zrle-packed2.bin"),
     RFB("zrlePackedPaletteTile 4 colours/70 tiles 64x64", zrleTiles, "zrle-packed4.bin"),
     RFB("zrlePackedPaletteTile 16 colours/70 tiles 64x64", zrleTiles, "zrle-packed16.bin"),
