@@ -1,98 +1,28 @@
 // Text: GlyphIndex strings of 80 glyphs of 8 x 16 (fixed advance, with an
 // opaque background, with fragments, in delta mode, in delta mode with
 // fragments), the same line as 80 FastGlyph orders, and 80 character cells
-// through drawChar8x16.  The glyphs are the demo's console face.
+// through drawChar8x16.  The glyphs are the demo's console face (glyphs.h).
 #include <cstring>
 #include <string>
 #include <vector>
 
 #include "harness.h"  // first: the library's view of ui32.h
 
-#include "font.h"
+#include "glyphs.h"
 
 namespace bench {
 namespace {
 
-constexpr int32_t kGlyphs = 80;
-constexpr int32_t kCellWidth = 8;
-constexpr int32_t kCellHeight = 16;
 constexpr int32_t kLeft = kMargin + 100;
 constexpr int32_t kTop = kMargin + 200;
 constexpr int64_t kPixels = int64_t(kGlyphs) * kCellWidth * kCellHeight;
 
-// The line drawn: glyph index = character code.
-const char kLine[kGlyphs + 1] =
-    "The quick brown fox jumps over the lazy dog; 0123456789 ({[<>]}) PACK MY BOX!?  ";
+using Form = GlyphForm;
 
-// A glyph cache of 128 entries of 8 x 16 glyphs (16 bytes of bitmap each).
-class ConsoleCache {
-public:
-    ConsoleCache() : entries_(128 * kEntryBytes, 0) {
-        for (int c = 32; c < 127; ++c) {
-            uint8_t *entry = entries_.data() + size_t(c) * kEntryBytes;
-            const UiGlyph header{0, 0, kCellWidth, kCellHeight};
-            std::memcpy(entry, &header, sizeof header);
-            const demo::Cell8x16 cell = demo::consoleCell(char(c));
-            std::memcpy(entry + sizeof header, cell.data(), cell.size());
-        }
-        cache_ = UiGlyphCache{kCellHeight, 128, entries_.data()};
-    }
-    const UiGlyphCache *cache() const { return &cache_; }
-    static const uint8_t *cell(int c) {
-        static std::vector<demo::Cell8x16> cells = [] {
-            std::vector<demo::Cell8x16> out(128);
-            for (int i = 32; i < 127; ++i) out[size_t(i)] = demo::consoleCell(char(i));
-            return out;
-        }();
-        return cells[size_t(c) & 127].data();
-    }
-
-private:
-    static constexpr size_t kEntryBytes = sizeof(UiGlyph) + kCellHeight;
-    std::vector<uint8_t> entries_;
-    UiGlyphCache cache_{};
-};
-
-const ConsoleCache &consoleCache() {
-    static const ConsoleCache cache;
-    return cache;
-}
-
-enum class Form { fixed, opaque, fragments, delta, deltaFragments };
-
-// The string bytes of the line in each form.  Fragments: the first 20
-// glyphs are stored in slot `slot` and replayed three times (the line is a
-// repeating 20-character pattern in these forms).
-std::vector<uint8_t> stringOf(Form form) {
-    std::vector<uint8_t> out;
-    const auto glyph = [&](int i) { out.push_back(uint8_t(kLine[i])); };
-    switch (form) {
-        case Form::fixed:
-        case Form::opaque:
-            for (int i = 0; i < kGlyphs; ++i) glyph(i);
-            break;
-        case Form::fragments:
-            for (int i = 0; i < 20; ++i) glyph(i);
-            out.insert(out.end(), {0xff, 0x07, 20});
-            for (int k = 0; k < 3; ++k) out.insert(out.end(), {0xfe, 0x07});
-            break;
-        case Form::delta:
-            for (int i = 0; i < kGlyphs; ++i) {
-                glyph(i);
-                out.push_back(i == 0 ? 0 : kCellWidth);
-            }
-            break;
-        case Form::deltaFragments:
-            for (int i = 0; i < 20; ++i) {
-                glyph(i);
-                out.push_back(i == 0 ? 0 : kCellWidth);
-            }
-            out.insert(out.end(), {0xff, 0x08, 40});
-            // The fragment's first glyph takes the delta given after it.
-            for (int k = 0; k < 3; ++k) out.insert(out.end(), {0xfe, 0x08, kCellWidth});
-            break;
-    }
-    return out;
+// The glyph cache descriptor over the shared entries.
+const UiGlyphCache *consoleCache() {
+    static const UiGlyphCache cache{kCellHeight, kGlyphEntries, consoleCacheEntries().data()};
+    return &cache;
 }
 
 UiGlyphIndexOrder glyphOrder(Form form) {
@@ -110,10 +40,10 @@ UiGlyphIndexOrder glyphOrder(Form form) {
     }
     o.x = kLeft;
     o.y = kTop;
-    const std::vector<uint8_t> bytes = stringOf(form);
+    const std::vector<uint8_t> bytes = glyphString(form);
     o.cbData = int32_t(bytes.size());
     std::memcpy(o.rgbData, bytes.data(), bytes.size());
-    o.glyphCache = consoleCache().cache();
+    o.glyphCache = consoleCache();
     o.opRectExplicit = 1;
     return o;
 }
@@ -145,7 +75,7 @@ void fastGlyph(benchmark::State &state) {
         o.y = kTop;
         o.cbData = 1;
         o.rgbData[0] = uint8_t(kLine[i]);
-        o.glyphCache = consoleCache().cache();
+        o.glyphCache = consoleCache();
     }
     const UiClipRect clip = screen.fullClip();
     const auto draw = Plugin::get().slot<UiFastGlyphFn>(UI_SLOT_FAST_GLYPH);
@@ -162,7 +92,7 @@ void drawChar(benchmark::State &state) {
     bool ok = true;
     for (auto _ : state) {
         for (int i = 0; i < kGlyphs; ++i)
-            ok &= draw(&screen.image(), &screen.dirty(), kLeft + i * kCellWidth, kTop, ConsoleCache::cell(kLine[i]),
+            ok &= draw(&screen.image(), &screen.dirty(), kLeft + i * kCellWidth, kTop, consoleCell(kLine[i]),
                        0x2e3436);
         benchmark::ClobberMemory();
     }

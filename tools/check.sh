@@ -1,11 +1,11 @@
 #!/bin/bash
-# Builds every preset, runs every test (armhf under qemu-arm) and the ABI
+# Builds every preset, runs every test (the ARM ones under qemu-arm) and the ABI
 # checks, and ends with one summary line.  Non-zero exit on any failure.
 set -uo pipefail
 cd "$(dirname "$0")/.."
 
-presets=(native native-asan i386 armhf)
-abi_presets=(native i386 armhf)
+presets=(native native-asan i386 armhf armhf-neon)
+abi_presets=(native i386 armhf armhf-neon)
 passed=0
 failed=0
 status=0
@@ -46,6 +46,35 @@ for preset in "${abi_presets[@]}"; do
         echo "ABI check failed: $preset"; failed=$((failed + 1)); status=1
     fi
 done
+
+# Debian packages: each one checked (lintian without errors or warnings,
+# contents, the packed plug-in's ABI), and the runtime and -dev packages used
+# by a C client from a temporary root, the ARM ones under qemu-arm on a CPU
+# without NEON (baseline) and with it.
+echo "=== packages"
+if UI32_PACKAGE_CHECK=0 tools/package.sh >build/package.log 2>&1; then
+    for deb in build/packages/*.deb; do
+        if tools/check-package.sh "$deb"; then passed=$((passed + 1)); else failed=$((failed + 1)); status=1; fi
+    done
+    v=$(dpkg-deb -f build/packages/ui32-dev_*_amd64.deb Version)
+    arm="qemu-arm -L /usr/arm-linux-gnueabihf"
+    for test in "ui32_${v}_amd64.deb ui32-dev_${v}_amd64.deb gcc" \
+                "ui32_${v}_armhf.deb ui32-dev_${v}_armhf.deb arm-linux-gnueabihf-gcc $arm -cpu cortex-r5f" \
+                "ui32-neon_${v}_armhf.deb ui32-dev_${v}_armhf.deb arm-linux-gnueabihf-gcc $arm -cpu cortex-a15"; do
+        set -- $test
+        runtime=build/packages/$1
+        dev=build/packages/$2
+        shift 2
+        if tools/install-test/deb.sh "$runtime" "$dev" "$@"; then
+            passed=$((passed + 1))
+        else
+            failed=$((failed + 1)); status=1
+        fi
+    done
+else
+    cat build/package.log
+    echo "packaging failed"; failed=$((failed + 1)); status=1
+fi
 
 echo "check: $passed passed, $failed failed"
 exit $status

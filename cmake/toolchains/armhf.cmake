@@ -1,10 +1,8 @@
-# 32-bit ARM (hard float) cross build; tests run under qemu-arm.
-set(CMAKE_SYSTEM_NAME Linux)
-set(CMAKE_SYSTEM_PROCESSOR arm)
-set(CMAKE_C_COMPILER arm-linux-gnueabihf-gcc)
-set(CMAKE_CXX_COMPILER arm-linux-gnueabihf-g++)
-set(CMAKE_FIND_ROOT_PATH /usr/arm-linux-gnueabihf)
-set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
-set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
-set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
-set(CMAKE_CROSSCOMPILING_EMULATOR qemu-arm -L /usr/arm-linux-gnueabihf)
+# 32-bit ARM hard float as Debian's armhf defines it: ARMv7-A, VFPv3 with 16
+# double registers, Thumb-2, no NEON.  The tests run on an emulated CPU that
+# has exactly that floating-point unit and no NEON (qemu's Cortex-R5F: the
+# same application instruction set; libc then also takes its non-NEON string
+# functions), so an instruction the baseline must not use faults.
+set(UI32_ARM_FLAGS "-march=armv7-a -mfpu=vfpv3-d16 -mthumb -mfloat-abi=hard")
+set(UI32_QEMU_CPU cortex-r5f)
+include(${CMAKE_CURRENT_LIST_DIR}/arm-linux-gnueabihf.cmake)

@@ -16,14 +16,14 @@ namespace {
 const char kUsage[] =
     "usage: ui32-vncsnap [-e zrle|trle|hextile] [-l ui32.so] [-t seconds] HOST:PORT out.png\n"
     "  -e  encoding to ask for (default zrle; the server may answer in Raw)\n"
-    "  -l  path of ui32.so (default: the one built with this program, else /usr/lib/ui32/ui32.so)\n"
+    "  -l  path of ui32.so (default: the one built with this program, else " UI32_INSTALLED_MODULE ")\n"
     "  -t  give up when the server is silent this long (default 10)\n";
 
 std::string defaultModule() {
 #ifdef UI32_MODULE_PATH
     if (access(UI32_MODULE_PATH, R_OK) == 0) return UI32_MODULE_PATH;
 #endif
-    return "/usr/lib/ui32/ui32.so";
+    return UI32_INSTALLED_MODULE;
 }
 
 void printStats(const vncsnap::Session &session) {
