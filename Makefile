@@ -10,7 +10,8 @@
 #                 bench/RESULTS.md and bench/results-arm.png)
 #   make fuzz     run every fuzz target on x86-64 and i386 (FUZZ_SECONDS each,
 #                 default 60)
-#   make build    build the native preset only
+#   make build    build the native preset only (installs only the build
+#                 essentials: without the peers their tests are skipped)
 
 .PHONY: check deps build demo package bench bench-arm fuzz clean
 
@@ -20,7 +21,8 @@ check: deps
 deps:
 	tools/install-deps.sh
 
-build: deps
+build:
+	tools/install-deps.sh core
 	cmake --preset native
 	cmake --build --preset native
 
