@@ -1,15 +1,15 @@
 #!/bin/sh
 # make demo: builds the library and the demo client with the native preset,
 # draws the demo desktop through the plug-in and writes demo.png and
-# demo-tiles.png in the repository root.  It installs only the demo's own
-# packages (tools/packages/demo.txt): FreeRDP 2, when present, makes some of
-# the demo's bitmaps; without it the demo sends them in a plainer form.
+# demo-tiles.png in the repository root.  It installs only the build
+# essentials and the demo's own packages (tools/packages/demo.txt); the peers
+# are not needed.
 #   UI32_DEMO_BUILD=<dir>  build directory (default build/native)
 set -eu
 cd "$(dirname "$0")/.."
 root=$(pwd)
 
-tools/install-deps.sh demo
+tools/install-deps.sh core demo
 
 build=${UI32_DEMO_BUILD:-build/native}
 mkdir -p "$build"
