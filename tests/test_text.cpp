@@ -52,8 +52,7 @@ void drawText(const test::Library &lib, kit::Frame &f, int form, const UiGlyphCa
         return opaque(o), lib.fastGlyph(f.surface(), o, clip);
     }
     UiGlyphIndexOrder o = kit::glyphIndexOrder(cache, bk, x, y, text, 10, 0);
-    o.opRectExplicit = form == kExplicit, o.fOpRedundant = redundant;
-    opaque(o), lib.glyphIndex(f.surface(), o, clip);
+    o.opRectExplicit = form == kExplicit, o.fOpRedundant = redundant, opaque(o), lib.glyphIndex(f.surface(), o, clip);
 }
 
 // FastGlyph draws one glyph clipped to its background rectangle: glyphs of
@@ -66,7 +65,7 @@ TEST(DrawGlyph, EveryCutMatchesTheModel) {
     kit::LogCapture log;
     std::mt19937 rng(7);
     kit::Frame f(72, 40);
-    Pixels before(72 * 40);
+    Pixels before(72 * 40);  // a random picture
     for (uint32_t &p : before) p = rng() & 0xffffff;
     std::vector<Glyph> glyphs;
     for (uint16_t cx = 1; cx <= 24; ++cx) {
@@ -104,118 +103,82 @@ TEST(DrawGlyph, EveryCutMatchesTheModel) {
     EXPECT_TRUE(f.guardsIntact());
 }
 
-// Glyph 0 is 9 x 2 (2-byte rows), exactly the entry size of 4 bytes; glyph 1
-// (9 x 3) is larger than its entry.  Slot 7 draws the indexed glyph, slot 6
-// the string {index, 0}.  Both fill (40, 20)-(50, 30) first (nothing with
-// null pixels).
-TEST(TextOrders, CacheLookupsAndTheImageCheck) {
-    const Glyph g0{{0, 0, 9, 2}, {0xff, 0x80, 0x55, 0x80}};
-    kit::GlyphCache glyphs(4);
-    glyphs.add(g0.h, g0.bits), glyphs.add({0, 0, 9, 3}, Bytes(6, 0xff));
-    const UiGlyphCache real = *glyphs.cache(), negativeSize{-4, 2, real.entries}, negativeCount{4, -1, real.entries},
-                       noEntries{4, 2, nullptr}, nearTop{0x7fffffff, 4, reinterpret_cast<const uint8_t *>(UINTPTR_MAX - 64)};
-    const kit::Trail one = kit::trail({Site::glyphEntry}), two(2, one[0]), noGlyph = kit::trail({Site::glyphEntry, Site::fastGlyph});
-    const struct {
-        const char *name;
-        const UiGlyphCache *cache;
-        uint8_t index;
-        kit::Trail slot7, slot6;
-        int32_t secondAt;  // slot 6: where glyph 0 after the indexed one lands (-1: not drawn)
-        bool nullPixels = false;
-    } cases[] = {
-        {"bitmap exactly the entry size", &real, 0, {}, {}, 20},
-        {"bitmap larger than the entry", &real, 1, noGlyph, one, 10},
-        {"index equal to the count", &real, 2, noGlyph, one, 10},
-        {"no cache", nullptr, 0, noGlyph, two, -1},
-        {"negative entry size", &negativeSize, 0, noGlyph, two, -1},
-        {"negative count", &negativeCount, 0, noGlyph, two, -1},
-        {"entries null", &noEntries, 0, kit::trail({Site::fastGlyph}), {}, -1},
-        {"entry beyond the address space", &nearTop, 0, noGlyph, two, -1},
-        {"null pixels", &real, 0, kit::trail({Site::glyphImage}), kit::trail({Site::glyphImage, Site::glyphImage}), -1, true},
-    };
-    test::Library lib;
-    for (const auto &c : cases)
-        for (int form : {kFastIndex, kFastGlyph}) {
-            SCOPED_TRACE(testing::Message() << c.name << " form " << form);
-            kit::LogCapture log;
-            kit::Frame f(96, 40, kBack);
-            Pixels want = f.pixels();
-            const int32_t op[4] = {40, c.nullPixels ? 1 : 20, 50, c.nullPixels ? 1 : 30};
-            for (int32_t y = op[1]; y < op[3]; ++y) std::fill_n(&want[size_t(y) * 96 + 40], 10, kOpaque);
-            uint32_t *pixels = std::exchange(f.image().pixels, c.nullPixels ? nullptr : f.image().pixels);
-            drawText(lib, f, form, c.cache, {2, 2, 90, 38}, 10, 10, {c.index, 0}, op, f.all());
-            f.image().pixels = pixels;
-            const bool fast = form == kFastGlyph;
-            for (int32_t x : {(fast ? c.slot7.empty() : c.secondAt == 20) ? 10 : -1, fast ? -1 : c.secondAt})
-                if (x >= 0) modelGlyph(want, 96, 40, g0, x, 10, {2, 2, 88, 36});
-            EXPECT_EQ(log.trail(), fast ? c.slot7 : c.slot6);
-            EXPECT_EQ(f.pixels(), want);
-            const bool ended = fast && !c.slot7.empty() && c.slot7.back() == kit::entry(Site::fastGlyph);
-            EXPECT_EQ(f.markedTiles(), ended ? std::vector<int>{} : c.nullPixels ? kAllTiles : std::vector<int>({1}));
-            EXPECT_TRUE(f.guardsIntact());
-        }
-}
-
-// Frame 96 x 40 (tiles 3 x 2), background (2, 2)-(bkRight, 38), a 3 x 2
-// glyph.  `want`: the filled opaque rectangle, right and bottom exclusive.
-struct RectCase {
+// Frame 96 x 40 (tiles 3 x 2), background (2, 2)-(bkRight, 38), glyph 0 of
+// 3 x 2 filling its entry of 2 bytes exactly, glyph 1 larger than its entry.
+// `want`: the filled opaque rectangle, right and bottom exclusive.  The
+// glyph is drawn when nothing is reported and the background is not empty.
+struct TextCase {
     const char *name;
     int forms;
     int32_t op[4];
     UiClipRect want;
     std::vector<int> tiles;
-    int error = 0;  // 1: flags without 0x01, 2: without 0x04, 3: fill outside the image
+    kit::Trail trail{};
+    int cache = 0;  // 1 none, 2 negative entry size, 3 negative count, 4 entries null, 5 entries near the address space's end
+    uint8_t index = 0;
     int32_t redundant = 0, x = 10, y = 10, originX = 0, originY = 0, enabled = 0, bkRight = 90;
     UiClipRect clip{0, 0, 95, 39};
 };
 
-const RectCase kRects[] = {
+const kit::Trail kRefused = kit::trail({Site::glyphEntry, Site::fastGlyph});
+const TextCase kTexts[] = {
     {"explicit", kExplicit, {40, 5, 60, 15}, {40, 5, 60, 15}, {1}},
     {"explicit left 0 taken literally", kExplicit, {0, 5, 20, 15}, {0, 5, 20, 15}, {0}},
     {"explicit, cut by the clip", kExplicit, {80, 30, 120, 60}, {80, 30, 96, 40}, {2, 5}},
-    {"empty, redundant: the background", kExplicit, {0, 0, 0, 0}, {2, 2, 90, 38}, kAllTiles, 0, 1},
-    {"clipped away, redundant", kExplicit, {200, 5, 220, 15}, {2, 2, 90, 38}, kAllTiles, 0, 1},
+    {"empty, redundant: the background", kExplicit, {0, 0, 0, 0}, {2, 2, 90, 38}, kAllTiles, {}, 0, 0, 1},
+    {"clipped away, redundant", kExplicit, {200, 5, 220, 15}, {2, 2, 90, 38}, kAllTiles, {}, 0, 0, 1},
     {"empty, not redundant", kExplicit, {0, 0, 0, 0}, {}, kAllTiles},
-    {"empty, redundant, empty background", kExplicit, {0, 0, 0, 0}, {}, {}, 0, 1, 10, 10, 0, 0, 0, 2},
+    {"empty, redundant, empty background", kExplicit, {0, 0, 0, 0}, {}, {}, {}, 0, 0, 1, 10, 10, 0, 0, 0, 2},
     {"flags 0x0F: the background", kFastIndex | kFastGlyph, {7, 0x0f, 9, kUnset}, {2, 2, 90, 38}, kAllTiles},
     {"flags 0x05: op left and right", kFastIndex | kFastGlyph, {40, 0x05, 50, kUnset}, {40, 2, 50, 38}, {1, 4}},
     {"flags 0x0D: background left", kFastIndex | kFastGlyph, {40, 0x0d, 50, kUnset}, {2, 2, 50, 38}, {0, 1, 3, 4}},
     {"flags 0x07: background right", kFastIndex | kFastGlyph, {40, 0x07, 50, kUnset}, {40, 2, 90, 38}, {1, 2, 4, 5}},
     {"left and right 0: the background's", kFastIndex | kFastGlyph, {0, 5, 0, 9}, {2, 5, 90, 9}, {0, 1, 2}},
     {"fast literal", kFastIndex | kFastGlyph, {40, 33, 50, 36}, {40, 33, 50, 36}, {4}},
-    {"fast empty", kFastIndex | kFastGlyph, {1, 1, 1, 1}, {}, kAllTiles},
-    {"flags without 0x01", kFastIndex | kFastGlyph, {40, 0x0e, 50, kUnset}, {}, {}, 1},
-    {"flags without 0x04", kFastIndex | kFastGlyph, {40, 0x0b, 50, kUnset}, {}, {}, 2},
-    {"fill outside the image", kAll, {40, 5, 60, 50}, {}, {}, 3, 0, 10, 10, 0, 0, 0, 90, {0, 0, 200, 200}},
-    {"empty background: opaque filled and marked, no glyph", kAll, {40, 5, 60, 15}, {40, 5, 60, 15}, {1}, 0, 0, 10, 10, 0, 0, 0, 2},
-    {"origin disabled: only the glyph point moves", kAll, {20, 20, 30, 30}, {20, 20, 30, 30}, {0}, 0, 0, 10, 10, -5, -3},
-    {"origin, point unset: the background's corner", kAll, {20, 20, 30, 30}, {25, 23, 35, 33}, {0, 1, 3, 4}, 0, 0, kUnset, kUnset, -5, -3, 1},
-    {"origin, x unset", kFastIndex | kFastGlyph, {1, 1, 1, 1}, {}, kAllTiles, 0, 0, kUnset, 10, -2, -2, 1},
+    {"flags without 0x01", kFastIndex, {40, 0x0e, 50, kUnset}, {}, {}, kit::trail({Site::indexFlagsTop})},
+    {"flags without 0x04", kFastIndex, {40, 0x0b, 50, kUnset}, {}, {}, kit::trail({Site::indexFlagsBottom})},
+    {"flags without 0x01", kFastGlyph, {40, 0x0e, 50, kUnset}, {}, {}, kit::trail({Site::fastFlagsTop})},
+    {"flags without 0x04", kFastGlyph, {40, 0x0b, 50, kUnset}, {}, {}, kit::trail({Site::fastFlagsBottom})},
+    {"fill outside the image", kAll, {40, 5, 60, 50}, {}, {}, kit::trail({Site::imageWrite, Site::fillSolid}), 0, 0, 0, 10, 10, 0, 0, 0, 90, {0, 0, 200, 200}},
+    {"empty background: opaque filled and marked, no glyph", kAll, {40, 5, 60, 15}, {40, 5, 60, 15}, {1}, {}, 1, 0, 0, 10, 10, 0, 0, 0, 2},
+    {"origin disabled: only the glyph point moves", kAll, {20, 20, 30, 30}, {20, 20, 30, 30}, {0}, {}, 0, 0, 0, 10, 10, -5, -3},
+    {"origin, point unset: the background's corner", kAll, {20, 20, 30, 30}, {25, 23, 35, 33}, {0, 1, 3, 4}, {}, 0, 0, 0, kUnset, kUnset, -5, -3, 1},
+    {"origin, x unset", kFastIndex | kFastGlyph, {1, 1, 1, 1}, {}, kAllTiles, {}, 0, 0, 0, kUnset, 10, -2, -2, 1},
+    // The cache: the fill stays; a glyph string skips the entry, FastGlyph ends without marking tiles.
+    {"bitmap larger than the entry", kFastGlyph, {40, 20, 50, 30}, {40, 20, 50, 30}, {}, kRefused, 0, 1},
+    {"index equal to the count", kFastGlyph, {40, 20, 50, 30}, {40, 20, 50, 30}, {}, kRefused, 0, 2},
+    {"no cache", kFastGlyph, {40, 20, 50, 30}, {40, 20, 50, 30}, {}, kRefused, 1},
+    {"negative entry size", kFastGlyph, {40, 20, 50, 30}, {40, 20, 50, 30}, {}, kRefused, 2},
+    {"negative count", kFastGlyph, {40, 20, 50, 30}, {40, 20, 50, 30}, {}, kRefused, 3},
+    {"entries null", kFastGlyph, {40, 20, 50, 30}, {40, 20, 50, 30}, {}, kit::trail({Site::fastGlyph}), 4},
+    {"entry beyond the address space", kFastGlyph, {40, 20, 50, 30}, {40, 20, 50, 30}, {}, kRefused, 5},
+    {"index 2 skipped, glyph 0 drawn", kFastIndex, {40, 20, 50, 30}, {40, 20, 50, 30}, {1}, kit::trail({Site::glyphEntry}), 0, 2},
+    {"entries null: skipped silently", kFastIndex, {40, 20, 50, 30}, {40, 20, 50, 30}, {1}, {}, 4},
 };
 
-TEST(TextOrders, OpaqueAndBackgroundRectangles) {
+TEST(TextOrders, RectanglesCachesAndReports) {
     test::Library lib;
-    kit::GlyphCache glyphs;
+    kit::GlyphCache glyphs(2);
     const Glyph g{{0, 0, 3, 2}, {0xa0, 0x60}};
-    glyphs.add(g.h, g.bits);
-    for (const RectCase &c : kRects)
+    glyphs.add(g.h, g.bits), glyphs.add({0, 0, 3, 3}, Bytes(3, 0xff));
+    const UiGlyphCache real = *glyphs.cache(), caches[] = {real, {}, {-2, 2, real.entries}, {2, -1, real.entries}, {2, 2, nullptr},
+                                                          {0x7fffffff, 4, reinterpret_cast<const uint8_t *>(UINTPTR_MAX - 64)}};
+    for (const TextCase &c : kTexts)
         for (int form : {kExplicit, kFastIndex, kFastGlyph}) {
             if ((c.forms & form) == 0) continue;
             SCOPED_TRACE(testing::Message() << c.name << " form " << form);
             kit::LogCapture log;
             kit::Frame f(96, 40, kBack);
             f.surface().originX = c.originX, f.surface().originY = c.originY, f.surface().originEnabled = uint8_t(c.enabled);
-            const bool glyph = c.error == 0 && c.bkRight > 2;  // else the cache is not consulted: none given
-            drawText(lib, f, form, glyph ? glyphs.cache() : nullptr, {2, 2, c.bkRight, 38}, c.x, c.y, {0}, c.op, c.clip, c.redundant);
+            // Slot 6 draws glyph `index`, then glyph 0 10 pixels on (at once when the first was skipped).
+            drawText(lib, f, form, c.cache == 1 ? nullptr : &caches[c.cache], {2, 2, c.bkRight, 38}, c.x, c.y, {c.index, 0}, c.op, c.clip, c.redundant);
             Pixels want(96 * 40, kBack);
             for (int32_t y = c.want.top; y < c.want.bottom; ++y) std::fill_n(&want[size_t(y) * 96 + size_t(c.want.left)], c.want.right - c.want.left, kOpaque);
             // The glyph point: -32768 is the background's edge; the origin is always subtracted.
-            if (glyph) modelGlyph(want, 96, 40, g, (c.x == kUnset ? 2 : c.x) - c.originX, (c.y == kUnset ? 2 : c.y) - c.originY, {0, 0, 96, 40});
-            const bool fast = form == kFastGlyph;
-            const kit::Trail errors[] = {{}, kit::trail({fast ? Site::fastFlagsTop : Site::indexFlagsTop}),
-                                         kit::trail({fast ? Site::fastFlagsBottom : Site::indexFlagsBottom}),
-                                         kit::trail({Site::imageWrite, Site::fillSolid})};
-            EXPECT_EQ(log.trail(), errors[c.error]);
+            const int64_t x = (c.x == kUnset ? 2 : c.x) - c.originX, y = (c.y == kUnset ? 2 : c.y) - c.originY;
+            const bool skipped = form != kFastGlyph && c.index != 0, drawn = c.bkRight > 2 && c.cache == 0 && (c.trail.empty() || skipped);
+            for (int k = 0; drawn && k < (form == kFastGlyph || skipped ? 1 : 2); ++k) modelGlyph(want, 96, 40, g, x + 10 * k, y, {0, 0, 96, 40});
+            EXPECT_EQ(log.trail(), c.trail);
             EXPECT_EQ(f.pixels(), want);
             EXPECT_EQ(f.markedTiles(), c.tiles);
             EXPECT_TRUE(f.guardsIntact());
@@ -282,7 +245,7 @@ struct StringRig {
     kit::Frame f;
     std::vector<Glyph> glyphs;
     kit::GlyphCache cache{1};
-    std::vector<uint8_t> store = std::vector<uint8_t>(65536);
+    std::vector<uint8_t> store = std::vector<uint8_t>(65536);  // the model's fragment store
 
     StringRig(int32_t w, int32_t h) : f(w, h) {
         for (int16_t k = 0; k < 16; ++k) {
@@ -300,10 +263,7 @@ struct StringRig {
         int64_t point[2] = {x, 4}, &along = point[(flAccel & 0x04) != 0];
         for (auto [index, d] : p.glyphs) {
             along += delta ? d : 0;
-            if (index >= 16) {
-                trail.push_back(kit::entry(Site::glyphEntry));
-                continue;
-            }
+            if (index >= 16 && (trail.push_back(kit::entry(Site::glyphEntry)), true)) continue;
             modelGlyph(want, f.width(), f.height(), glyphs[index], point[0], point[1], {0, 0, f.width(), f.height()});
             along += delta ? 0 : charInc != 0 ? charInc : glyphs[index].h.cx;
         }
@@ -335,7 +295,6 @@ TEST(GlyphString, CommandsDeltasFragmentsAndLimits) {
         std::optional<Site> error;
         std::optional<int32_t> cbData{};
     } cases[] = {
-        {"1-byte deltas, the first glyph moved too", {}, {1, 4, 2, 6}, true, {{1, 4}, {2, 6}}},
         {"16-bit delta", {}, {5, 0x81, 0x2c, 0x01}, true, {{5, 300}}},
         {"negative 16-bit delta", {}, {1, 0x80, 0xfb, 0xff, 2}, true, {{1, -5}, {2, 0}}},
         {"16-bit delta cut short is 0", {}, {5, 0x81, 0x2c}, true, {{5, 0}}},
@@ -343,7 +302,6 @@ TEST(GlyphString, CommandsDeltasFragmentsAndLimits) {
         {"store longer than the bytes before it", {}, {1, 2, 0xff, 3, 3}, false, {}, Site::storeLong},
         {"store command cut short", {}, {1, 0xff, 3}, false, {}, Site::storeShort},
         {"use command without its slot", {}, {1, 0xfe}, false, {}, Site::useShort},
-        {"in delta mode: a glyph and a cut 16-bit delta", {}, {1, 0xfe}, true, {{1, 0}}},
         {"a slot never stored adds no glyph", {}, {0xfe, 9, 5}, false, {{5, 0}}},
         {"fragment bytes are glyphs, never commands", {{{5, 0xff, 2, 1, 0xff, 1, 4}, false}}, {0xfe, 1}, false, {{5, 0}, {0xff, 0}, {2, 0}, {1, 0}}},
         {"stored delta -1 stands (byte 2 is 0x80)", {{{5, 0x80, 0xff, 0xff, 0xff, 9, 4}, true}}, {0xfe, 9, 20}, true, {{5, -1}}},
