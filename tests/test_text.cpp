@@ -63,8 +63,8 @@ void drawText(const test::Library &lib, kit::Frame &f, int form, const UiGlyphCa
 TEST(DrawGlyph, EveryCutMatchesTheModel) {
     test::Library lib;
     kit::LogCapture log;
-    std::mt19937 rng(7);
     kit::Frame f(72, 40);
+    std::mt19937 rng(7);
     Pixels before(72 * 40);  // a random picture
     for (uint32_t &p : before) p = rng() & 0xffffff;
     std::vector<Glyph> glyphs;
@@ -90,8 +90,7 @@ TEST(DrawGlyph, EveryCutMatchesTheModel) {
         }
         for (const auto &[c, at] : cases) {
             SCOPED_TRACE(testing::Message() << "cx " << g.h.cx << " clip " << c.left << "," << c.top << " " << c.width << "x" << c.height << " at " << at.first << "," << at.second);
-            f.setPixels(before);
-            log.clear();
+            f.setPixels(before), log.clear();
             Pixels want = before;
             const kit::Trail trail = modelGlyph(want, 72, 40, g, at.first, at.second, c);
             const UiClipRect bk{c.left, c.top, c.left + c.width, c.top + c.height};
@@ -109,8 +108,7 @@ TEST(DrawGlyph, EveryCutMatchesTheModel) {
 // glyph is drawn when nothing is reported and the background is not empty.
 struct TextCase {
     const char *name;
-    int forms;
-    int32_t op[4];
+    int forms, op[4];
     UiClipRect want;
     std::vector<int> tiles;
     kit::Trail trail{};
