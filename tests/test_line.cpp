@@ -109,7 +109,7 @@ const struct LineCase {
     bool nullPixels = false;
 } kLines[] = {
     {"one point", 5, 5, 5, 5, kFull, {{5, 5}}, {0}},
-    {"diagonal neighbour: the end left out", 5, 5, 6, 6, kFull, {{5, 5}}, {0}},
+    {"diagonal neighbour across a tile corner: one pixel, one tile", 31, 31, 32, 32, kFull, {{31, 31}}, {0}},
     {"point outside the clip", 5, 5, 5, 5, {6, 0, 127, 95}, {}, {}},
     {"vertical down", 3, 4, 3, 10, kFull, steps(3, 4, 0, 1, 6), {0}},
     {"vertical up", 3, 10, 3, 4, kFull, steps(3, 5, 0, 1, 6), {0}},
@@ -205,9 +205,8 @@ TEST(DrawLine, SlopedLinesMatchTheStepperAndTheClipperReference) {
     EXPECT_TRUE(f.guardsIntact());
 }
 
-// Extreme coordinates, wrapped differences, inverted or enormous clips, with
-// and without a wrapping origin: nothing written outside the image, only the
-// line's own reports.
+// Extreme coordinates, wrapped differences, inverted or enormous clips and a
+// wrapping origin: nothing written outside the image, no report but the line's.
 TEST(DrawLine, HostileCoordinatesStayInsideTheImage) {
     test::Library lib;
     kit::LogCapture log;
@@ -257,6 +256,7 @@ TEST(SoftDouble, MatchesTheHostBitForBit) {
     for (int i = 0; i < 100000; ++i) {
         const int32_t n = integer(), d = i % 7 == 0 ? INT32_MIN : integer() | 1;
         ASSERT_EQ(bitsOf(ui::quotient(n, d)), std::bit_cast<uint64_t>(quotient(n, d))) << n << " / " << d;
+        ASSERT_EQ(bitsOf(ui::SoftDouble::fromInt(i % 11 ? n : 0)), std::bit_cast<uint64_t>(double(i % 11 ? n : 0))) << n;
         const double a = real(-30, 30), b = i % 3 == 0 ? next(a, int(rng() % 9) - 4) : i % 3 == 1 ? real(-60, 60) : double(integer());
         ASSERT_EQ(bitsOf(ui::difference(soft(a), soft(b))), std::bit_cast<uint64_t>(difference(a, b))) << a << " - " << b;
         double x = real(-40, 40), y = real(-40, 40), z = real(-100, 100);
