@@ -16,7 +16,7 @@
 
 // On i386 the references use SSE2: each operation rounded once to binary64.
 #if defined(__i386__)
-#define REFERENCE __attribute__((target("sse2,fpmath=sse"), noinline))
+#define REFERENCE __attribute__((target("sse2,fpmath=sse"), noipa))
 #else
 #define REFERENCE __attribute__((noinline))
 #endif
@@ -164,21 +164,21 @@ TEST(DrawLine, PathsRasterOperationsAndReports) {
         }
 }
 
-// Random sloped lines on a 96 x 96 frame: inside the clip, crossing it from
+// Random sloped lines on a 64 x 64 frame: inside the clip, crossing it from
 // near and far (up to anywhere in 32 bits), ending on its corners, starting
 // on its edges; the pixels, the reports and the whole bounding box marked.
 TEST(DrawLine, SlopedLinesMatchTheStepperAndTheClipperReference) {
     test::Library lib;
     kit::LogCapture log;
-    kit::Frame f(96, 96);
+    kit::Frame f(64, 64);
     std::mt19937_64 rng(12);
     int moved = 0, unsettled = 0;
-    for (int i = 0; i < 6000 && !testing::Test::HasFailure(); ++i) {
+    for (int i = 0; i < 4000 && !testing::Test::HasFailure(); ++i) {
         const int kind = i % 6;
-        const auto in = [&](int32_t low) { return low + int32_t(rng() % 48); };
-        const UiClipRect clip = kind == 0 ? f.all() : UiClipRect{in(0), in(0), in(48), in(48)};
-        const int64_t spread = kind == 0 ? 48 : kind == 2 ? 400 : kind == 3 ? int64_t(1) << 32 : 60;
-        const auto coordinate = [&] { return int32_t(48 + int64_t(rng() % uint64_t(2 * spread)) - spread); };
+        const auto in = [&](int32_t low) { return low + int32_t(rng() % 32); };
+        const UiClipRect clip = kind == 0 ? f.all() : UiClipRect{in(0), in(0), in(32), in(32)};
+        const int64_t spread = kind == 0 ? 32 : kind == 2 ? 300 : kind == 3 ? int64_t(1) << 32 : 40;
+        const auto coordinate = [&] { return int32_t(32 + int64_t(rng() % uint64_t(2 * spread)) - spread); };
         int32_t s[4] = {coordinate(), coordinate(), coordinate(), coordinate()}, r[4];
         if (kind == 4) s[2] = rng() & 1 ? clip.left : clip.right, s[3] = rng() & 1 ? clip.top : clip.bottom;
         if (kind == 5 && rng() % 2) s[0] = rng() % 2 ? clip.left : clip.right;
@@ -192,15 +192,15 @@ TEST(DrawLine, SlopedLinesMatchTheStepperAndTheClipperReference) {
         const Points want = result == 1 ? stepper(r[0], r[1], r[2], r[3], endKept) : Points{};
         std::vector<int> tiles;
         for (int ty = std::min(r[1], r[3]) / 32; !want.empty() && ty <= std::max(r[1], r[3]) / 32; ++ty)
-            for (int tx = std::min(r[0], r[2]) / 32; tx <= std::max(r[0], r[2]) / 32; ++tx) tiles.push_back(ty * 3 + tx);
+            for (int tx = std::min(r[0], r[2]) / 32; tx <= std::max(r[0], r[2]) / 32; ++tx) tiles.push_back(ty * 2 + tx);
         f.fill(0), f.clearTiles(), log.clear();
         lib.drawLine(f.surface(), lineOrder(s[0], s[1], s[2], s[3]), clip);
-        ASSERT_EQ(f.pixels(), picture(96, 96, 0, want, 0x123456));
+        ASSERT_EQ(f.pixels(), picture(64, 64, 0, want, 0x123456));
         ASSERT_EQ(log.trail(), result == 2 ? kit::trail({Site::lineUnsettled}) : kit::Trail{});
         ASSERT_EQ(f.markedTiles(), tiles);
         moved += result == 1 && !endKept, unsettled += result == 2;
     }
-    EXPECT_GT(moved, 500);    // the sample exercises clipping
+    EXPECT_GT(moved, 300);    // the sample exercises clipping
     EXPECT_GT(unsettled, 0);  // and the five-pass limit
     EXPECT_TRUE(f.guardsIntact());
 }
@@ -211,7 +211,7 @@ TEST(DrawLine, HostileCoordinatesStayInsideTheImage) {
     test::Library lib;
     kit::LogCapture log;
     kit::Frame f(64, 64);
-    const int32_t values[] = {INT32_MIN, INT32_MIN + 1, -33, -1, 0, 1, 31, 63, 64, INT32_MAX - 1, INT32_MAX};
+    const int32_t values[] = {INT32_MIN, INT32_MIN + 1, -33, -1, 0, 31, 63, 64, INT32_MAX};
     const UiClipRect clips[] = {{0, 0, 63, 63}, kAll, {40, 40, 10, 10}, {INT32_MAX, INT32_MAX, INT32_MIN, INT32_MIN}, {INT32_MIN, 0, 63, INT32_MAX}};
     f.surface().originX = INT32_MIN, f.surface().originY = INT32_MAX;
     for (int enabled : {0, 1})
@@ -253,7 +253,7 @@ TEST(SoftDouble, MatchesTheHostBitForBit) {
         return rng() % 3 == 0 ? int32_t(r) : rng() % 2 ? int32_t(r % 2001) - 1000 : int32_t(r >> (r % 32)) * (rng() & 1 ? -1 : 1);
     };
     const auto next = [](double v, int by) { return std::bit_cast<double>(std::bit_cast<uint64_t>(v) + uint64_t(int64_t(by))); };
-    for (int i = 0; i < 100000; ++i) {
+    for (int i = 0; i < 30000; ++i) {
         const int32_t n = integer(), d = i % 7 == 0 ? INT32_MIN : integer() | 1;
         ASSERT_EQ(bitsOf(ui::quotient(n, d)), std::bit_cast<uint64_t>(quotient(n, d))) << n << " / " << d;
         ASSERT_EQ(bitsOf(ui::SoftDouble::fromInt(i % 11 ? n : 0)), std::bit_cast<uint64_t>(double(i % 11 ? n : 0))) << n;
