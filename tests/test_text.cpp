@@ -22,7 +22,7 @@ using Bytes = kit::Bytes;
 using Pixels = std::vector<uint32_t>;
 constexpr uint32_t kBack = 0x0f0f0f, kInk = 0x112233, kOpaque = 0x405060;  // kInk: the kit's text colour
 constexpr int32_t kUnset = -32768;
-constexpr int kExplicit = 1, kFastIndex = 2, kFastGlyph = 4, kAll = 7;
+constexpr int kExplicit = 1, kFastIndex = 2, kFastGlyph = 4, kAllForms = 7;
 
 struct Glyph { UiGlyph h; Bytes bits; };  // bits: cy rows of (cx + 7) / 8 bytes
 const std::vector<int> kAllTiles{0, 1, 2, 3, 4, 5};  // of a 96 x 40 frame
@@ -46,7 +46,10 @@ kit::Trail modelGlyph(Pixels &px, int32_t w, int32_t h, const Glyph &g, int64_t 
 // per glyph) or slot 7 (text[0] the index), opaque rectangle `op` in kOpaque.
 void drawText(const test::Library &lib, kit::Frame &f, int form, const UiGlyphCache *cache, UiClipRect bk, int32_t x,
               int32_t y, const std::vector<uint8_t> &text, const int32_t (&op)[4], const UiClipRect &clip, int32_t redundant = 0) {
-    const auto opaque = [&](auto &o) { o.opLeft = op[0], o.opTop = op[1], o.opRight = op[2], o.opBottom = op[3], o.opaqueColor[0] = 0x40, o.opaqueColor[1] = 0x50, o.opaqueColor[2] = 0x60; };
+    const auto opaque = [&](auto &o) {
+        o.opLeft = op[0], o.opTop = op[1], o.opRight = op[2], o.opBottom = op[3];
+        o.opaqueColor[0] = 0x40, o.opaqueColor[1] = 0x50, o.opaqueColor[2] = 0x60;
+    };
     if (form == kFastGlyph) {
         UiFastGlyphOrder o = kit::fastGlyphOrder(cache, bk, x, y, text[0]);
         return opaque(o), lib.fastGlyph(f.surface(), o, clip);
@@ -137,10 +140,10 @@ const TextCase kTexts[] = {
     {"flags without 0x04", kFastIndex, {40, 0x0b, 50, kUnset}, {}, {}, kit::trail({Site::indexFlagsBottom})},
     {"flags without 0x01", kFastGlyph, {40, 0x0e, 50, kUnset}, {}, {}, kit::trail({Site::fastFlagsTop})},
     {"flags without 0x04", kFastGlyph, {40, 0x0b, 50, kUnset}, {}, {}, kit::trail({Site::fastFlagsBottom})},
-    {"fill outside the image", kAll, {40, 5, 60, 50}, {}, {}, kit::trail({Site::imageWrite, Site::fillSolid}), 0, 0, 0, 10, 10, 0, 0, 0, 90, {0, 0, 200, 200}},
-    {"empty background: opaque filled and marked, no glyph", kAll, {40, 5, 60, 15}, {40, 5, 60, 15}, {1}, {}, 1, 0, 0, 10, 10, 0, 0, 0, 2},
-    {"origin disabled: only the glyph point moves", kAll, {20, 20, 30, 30}, {20, 20, 30, 30}, {0}, {}, 0, 0, 0, 10, 10, -5, -3},
-    {"origin, point unset: the background's corner", kAll, {20, 20, 30, 30}, {25, 23, 35, 33}, {0, 1, 3, 4}, {}, 0, 0, 0, kUnset, kUnset, -5, -3, 1},
+    {"fill outside the image", kAllForms, {40, 5, 60, 50}, {}, {}, kit::trail({Site::imageWrite, Site::fillSolid}), 0, 0, 0, 10, 10, 0, 0, 0, 90, {0, 0, 200, 200}},
+    {"empty background: opaque filled and marked, no glyph", kAllForms, {40, 5, 60, 15}, {40, 5, 60, 15}, {1}, {}, 1, 0, 0, 10, 10, 0, 0, 0, 2},
+    {"origin disabled: only the glyph point moves", kAllForms, {20, 20, 30, 30}, {20, 20, 30, 30}, {0}, {}, 0, 0, 0, 10, 10, -5, -3},
+    {"origin, point unset: the background's corner", kAllForms, {20, 20, 30, 30}, {25, 23, 35, 33}, {0, 1, 3, 4}, {}, 0, 0, 0, kUnset, kUnset, -5, -3, 1},
     {"origin, x unset", kFastIndex | kFastGlyph, {1, 1, 1, 1}, {}, kAllTiles, {}, 0, 0, 0, kUnset, 10, -2, -2, 1},
     // The cache: the fill stays; a glyph string skips the entry, FastGlyph ends without marking tiles.
     {"bitmap larger than the entry", kFastGlyph, {40, 20, 50, 30}, {40, 20, 50, 30}, {}, kRefused, 0, 1},
@@ -261,7 +264,7 @@ struct StringRig {
         int64_t point[2] = {x, 4}, &along = point[(flAccel & 0x04) != 0];
         for (auto [index, d] : p.glyphs) {
             along += delta ? d : 0;
-            if (index >= 16 && (trail.push_back(kit::entry(Site::glyphEntry)), true)) continue;
+            if (index >= 16) { trail.push_back(kit::entry(Site::glyphEntry)); continue; }  // skipped, no advance
             modelGlyph(want, f.width(), f.height(), glyphs[index], point[0], point[1], {0, 0, f.width(), f.height()});
             along += delta ? 0 : charInc != 0 ? charInc : glyphs[index].h.cx;
         }
