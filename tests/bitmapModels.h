@@ -1,0 +1,261 @@
+// Reference decoders for the two bitmap codecs, written plainly pixel by pixel
+// and read by read from the formats, with the reports each read makes; and
+// slot 8 run on input that ends right before an unreadable page, into an
+// output with guard words on both sides.  The tests compare the two.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <ostream>
+
+#include "bytes.h"
+#include "library.h"
+
+namespace model {
+
+using kit::Bytes;
+using ui::Line;
+using ui::Site;
+using Pixels = std::vector<uint32_t>;
+
+struct Decoded {
+    int32_t result = 1;
+    Pixels pixels;
+    kit::Trail trail;
+    bool operator==(const Decoded &) const = default;
+};
+inline void PrintTo(const Decoded &d, std::ostream *os) {
+    *os << "result " << d.result << std::hex << ", pixels";
+    for (uint32_t p : d.pixels) *os << ' ' << p;
+    *os << std::dec << ", trail";
+    for (const std::string &e : d.trail) *os << " [" << e << ']';
+}
+
+// Expected pixels spell a byte that keeps what the output held as 0xEE.
+inline constexpr uint32_t kKept = 0xEEEEEEEE;
+
+// Output words before a decode: all different, each with a non-zero byte 3.
+inline uint32_t unwritten(size_t i) { return 0xC0000000u + uint32_t(i) * 0x010307u; }
+inline Pixels unwrittenPixels(int64_t n) {
+    Pixels p(size_t(std::clamp<int64_t>(n, 0, 1 << 20)));
+    for (size_t i = 0; i < p.size(); ++i) p[i] = unwritten(i);
+    return p;
+}
+inline Pixels operator+(Pixels a, const Pixels &b) { return a.insert(a.end(), b.begin(), b.end()), a; }
+inline Pixels kept(Pixels p) {
+    for (size_t i = 0; i < p.size(); ++i)
+        for (uint32_t byte = 0xFF; byte != 0; byte <<= 8)
+            if ((p[i] & byte) == (kKept & byte)) p[i] = (p[i] & ~byte) | (unwritten(i) & byte);
+    return p;
+}
+
+inline std::string text(const char *format, long long a, long long b = 0) {
+    char out[80];
+    std::snprintf(out, sizeof out, format, a, b);
+    return out;
+}
+
+// Slot 8 (compressed unless told otherwise).  A read past the input faults;
+// the output words around the bitmap's must stay as they were.
+inline Decoded slot8(const test::Library &lib, int32_t w, int32_t h, const Bytes &in, bool compressed = true) {
+    const kit::GuardedInput input(in);
+    const Pixels guard(8, 0x5EA15EA1);
+    Pixels out = guard + unwrittenPixels(int64_t(w) * h) + guard;
+    kit::LogCapture log;
+    Decoded d;
+    d.result = lib.decodeBitmap(w, h, input.data(), input.size(), compressed, out.data() + 8);
+    d.pixels.assign(out.begin() + 8, out.end() - 8);
+    d.trail = log.trail();
+    EXPECT_TRUE(std::equal(guard.begin(), guard.end(), out.begin()) && std::equal(guard.begin(), guard.end(), out.end() - 8))
+        << "written outside the output";
+    return d;
+}
+
+// The input as the decoders read it: a missing byte reads as 0 after the
+// shortage report naming the reading line.
+struct Input {
+    const Bytes &bytes;
+    kit::Trail &trail;
+    size_t at = 0;
+    int64_t left() const { return int64_t(bytes.size() - at); }
+    uint32_t u8(Line line) {
+        if (left() >= 1) return bytes[at++];
+        return trail.push_back(kit::shortRead(line)), 0;
+    }
+    uint32_t u16(Line line) {
+        if (left() < 2) return trail.push_back(kit::shortRead(line, 0, true)), 0;
+        at += 2;
+        return bytes[at - 2] | bytes[at - 1] << 8;
+    }
+    uint32_t colour() {
+        const uint32_t b0 = u8(Line::colourByte0), b1 = u8(Line::colourByte1);
+        return b0 | b1 << 8 | u8(Line::colourByte2) << 16;
+    }
+};
+
+// The interleaved orders by header range.  Run: the header's field bits
+// (times 8 for images), or when they are 0 an extra byte plus `extra`; a
+// 16-bit run for the mega-mega forms (bits 16); none for the fixed orders,
+// which keep their mask or colour in `extra`.
+enum class Kind { bg, fg, setFg, image, setImage, colourRun, colourImage, dithered, special, single };
+struct Form {
+    int lo, hi;
+    Kind kind;
+    int bits;
+    uint32_t extra;
+    Line line;
+};
+using K = Kind;
+using L = Line;
+inline constexpr Form kForms[] = {
+    {0x00, 0x1F, K::bg, 0x1F, 32, L::regularRun},          {0x20, 0x3F, K::fg, 0x1F, 32, L::regularRun},
+    {0x40, 0x5F, K::image, 0x1F, 1, L::regularImageRun},   {0x60, 0x7F, K::colourRun, 0x1F, 32, L::regularRun},
+    {0x80, 0x9F, K::colourImage, 0x1F, 32, L::regularRun}, {0xC0, 0xCF, K::setFg, 0x0F, 16, L::liteRun},
+    {0xD0, 0xDF, K::setImage, 0x0F, 1, L::liteImageRun},   {0xE0, 0xEF, K::dithered, 0x0F, 16, L::liteRun},
+    {0xF0, 0xF0, K::bg, 16, 0, L::megaRun},                {0xF1, 0xF1, K::fg, 16, 0, L::megaRun},
+    {0xF2, 0xF2, K::image, 16, 0, L::megaRun},             {0xF3, 0xF3, K::colourRun, 16, 0, L::megaRun},
+    {0xF4, 0xF4, K::colourImage, 16, 0, L::megaRun},       {0xF6, 0xF6, K::setFg, 16, 0, L::megaRun},
+    {0xF7, 0xF7, K::setImage, 16, 0, L::megaRun},          {0xF8, 0xF8, K::dithered, 16, 0, L::megaRun},
+    {0xF9, 0xF9, K::special, 0, 0x03, L::megaRun},         {0xFA, 0xFA, K::special, 0, 0x05, L::megaRun},
+    {0xFD, 0xFD, K::single, 0, 0xFFFFFF, L::megaRun},      {0xFE, 0xFE, K::single, 0, 0, L::megaRun},
+};
+
+inline Decoded interleaved(int32_t w, int32_t h, const Bytes &bytes, int32_t depth = 3) {
+    Decoded d{1, unwrittenPixels(int64_t(w) * h), {}};
+    Input in{bytes, d.trail};
+    const int64_t n = int64_t(w) * h;
+    int64_t at = 0;  // next pixel; runs on past n, storing nothing there
+    uint32_t fgPel = 0xFFFFFF;
+    bool insert = false, suppress = true;
+    while (at < n && in.left() > 0) {
+        const uint8_t header = bytes[in.at++];
+        const bool first = at < w;  // for every pixel of the order
+        const auto put = [&](uint32_t v) {
+            if (at < n) d.pixels[size_t(at)] = v;
+            ++at;
+        };
+        const auto bit = [&](bool set) { put((first || at >= n ? 0 : d.pixels[size_t(at - w)]) ^ (set ? fgPel : 0)); };
+        const Form *f = std::find_if(std::begin(kForms), std::end(kForms),
+                                     [&](const Form &x) { return header >= x.lo && header <= x.hi; });
+        if (f == std::end(kForms)) {
+            d.trail.push_back(kit::entry(Site::unknownHeader, text("Unknown header 0x%02llx. Sync lost?", header)));
+            return d.result = 0, d;
+        }
+        const int64_t field = header & f->bits, scale = f->kind == K::image || f->kind == K::setImage ? 8 : 1;
+        int64_t run = f->bits == 16 ? in.u16(f->line) : field * scale;
+        if (f->bits != 0 && f->bits != 16 && field == 0) run = in.u8(f->line) + f->extra;
+        if (f->kind == K::setFg || f->kind == K::setImage) fgPel = in.colour();
+        switch (f->kind) {
+            case K::bg: {
+                bool inserting = insert;
+                if (!first && suppress) suppress = inserting = false;
+                if (inserting) bit(true), run = std::max<int64_t>(run - 1, 0);
+                for (int64_t i = 0; i < run; ++i) bit(false);
+                break;
+            }
+            case K::fg:
+            case K::setFg:
+                for (int64_t i = 0; i < run; ++i) bit(true);
+                break;
+            case K::image:
+            case K::setImage:
+                for (int64_t i = 0; i < run; i += 8) {
+                    const bool full = run - i >= 8;
+                    const uint32_t mask = in.u8(first ? (full ? Line::maskFirstRow : Line::maskFirstRowPart)
+                                                      : (full ? Line::maskLowerRow : Line::maskLowerRowPart));
+                    for (int k = 0; k < std::min<int64_t>(8, run - i); ++k) bit(mask >> k & 1);
+                }
+                break;
+            case K::colourRun: {
+                const uint32_t c = in.colour();
+                for (int64_t i = 0; i < run; ++i) put(c);
+                break;
+            }
+            case K::colourImage:
+                if (run * depth > in.left()) {
+                    d.trail.insert(d.trail.end(), {kit::entry(Site::shortBlock), kit::entry(Site::colourImage)});
+                    break;
+                }
+                for (int64_t i = 0; i < run; ++i, in.at += size_t(depth))
+                    put(bytes[in.at] | bytes[in.at + 1] << 8 | bytes[in.at + 2] << 16);
+                break;
+            case K::dithered: {
+                const uint32_t a = in.colour(), b = in.colour();
+                for (int64_t i = 0; i < run; ++i) put(a), put(b);
+                break;
+            }
+            case K::special:
+                for (int k = 0; k < 8; ++k) bit(f->extra >> k & 1);
+                break;
+            case K::single: put(f->extra); break;
+        }
+        insert = f->kind == K::bg;
+    }
+    if (at > n) d.trail.push_back(kit::entry(Site::overrun, text("%lld > %lld!", 4 * at, 4 * n)));
+    return d;
+}
+
+// The planar path after the size checks, from `before` (the output words
+// before the call).  Run-length planes store one byte of each pixel; the red
+// plane also clears byte 3.
+inline Decoded planar(int32_t w, int32_t h, const Bytes &bytes, const Pixels &before) {
+    Decoded d{1, before, {}};
+    Input in{bytes, d.trail};
+    const auto fail = [&](Site site) { return d.trail.push_back(kit::entry(site)), d.result = 0, d; };
+    const uint32_t header = bytes.at(in.at++);  // the slot refuses empty data
+    const bool alpha = (header & 0x20) == 0;
+    const int64_t n = int64_t(w) * h;
+    if ((header & 0xCF) != 0) return fail(Site::planarHeader);
+    if ((header & 0x10) == 0) {
+        if (in.left() < (alpha ? 4 : 3) * n) return fail(Site::rawPlanes);
+        const uint8_t *red = &bytes[in.at + size_t(alpha ? n : 0)], *green = red + n, *blue = green + n;
+        for (int64_t i = 0; i < n; ++i) d.pixels[size_t(i)] = uint32_t(red[i]) << 16 | green[i] << 8 | blue[i];
+        return d;
+    }
+    // byte 0-2: the plane's byte in each pixel; -1: the alpha plane, read past.
+    const auto plane = [&](int byte) {
+        for (int32_t y = 0; y < h; ++y) {
+            uint32_t value = 0;  // the last raw byte's value (first row) or delta
+            for (int32_t x = 0; x < w;) {
+                const bool there = in.left() > 0;
+                const uint32_t c = in.u8(byte < 0 ? Line::alphaControl : y == 0 ? Line::firstRowControl
+                                                                                : Line::deltaRowControl);
+                if (!there) return false;
+                int32_t raw = c >> 4, run = c & 15;
+                if (run == 1 || run == 2) run = raw + 16 * run, raw = 0;
+                if (x + raw + run > w) {
+                    d.trail.push_back(kit::entry(byte < 0   ? Site::alphaOverrun
+                                                 : y == 0 ? Site::planarRowOverrun
+                                                          : Site::planarDeltaOverrun));
+                    return false;
+                }
+                if (byte < 0) {
+                    if (raw > in.left()) d.trail.push_back(kit::entry(Site::shortSkip));
+                    else in.at += size_t(raw);
+                    x += raw + run;
+                    continue;
+                }
+                for (int32_t i = 0; i < raw + run; ++i, ++x) {
+                    if (i < raw) {
+                        const uint32_t v = in.u8(y == 0 ? Line::firstRowRaw : Line::deltaRowRaw);
+                        value = y == 0 ? v : (v & 1) ? ~(v >> 1) : v >> 1;
+                    }
+                    uint32_t &p = d.pixels[size_t(y) * size_t(w) + size_t(x)];
+                    const uint32_t above = y == 0 ? 0 : d.pixels[size_t(y - 1) * size_t(w) + size_t(x)] >> 8 * byte;
+                    p = (p & ~(0xFFu << 8 * byte)) | ((above + value) & 0xFF) << 8 * byte;
+                    if (byte == 2) p &= 0xFFFFFF;
+                }
+            }
+        }
+        return true;
+    };
+    if (alpha && !plane(-1)) return fail(Site::alphaPlane);
+    if (!plane(2)) return fail(Site::redPlane);
+    if (!plane(1)) return fail(Site::greenPlane);
+    if (!plane(0)) return fail(Site::bluePlane);
+    return d;
+}
+
+}  // namespace model

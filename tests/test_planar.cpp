@@ -1,0 +1,151 @@
+// The planar decoder through slot 8 at 4 bytes per pixel: raw planes with
+// and without alpha, refused headers, run-length planes with their delta
+// rows, overruns and short input at every reading line, each case also
+// checked against the reference decoder; then the two compared on encoded
+// pictures at every width and every truncation, and on random streams.
+#include <random>
+
+#include "bitmapModels.h"
+#include "picture.h"
+
+namespace {
+
+using kit::Bytes;
+using model::Pixels;
+using model::operator+;
+using ui::Line;
+using ui::Site;
+
+constexpr uint32_t X = model::kKept;
+
+uint32_t rgb(uint32_t r, uint32_t g, uint32_t b) { return r << 16 | g << 8 | b; }
+std::string s8(Line line) { return kit::shortRead(line); }
+std::string at(Site site) { return kit::entry(site); }
+Bytes cut(const Bytes &b, size_t less) { return b.first(b.size() - less); }
+
+struct Case {
+    std::string name;
+    int32_t width, height;
+    Bytes data;
+    Pixels expected;  // 0xEE: a byte that keeps what the output held
+    kit::Trail trail = {};
+    int32_t result = 1;
+};
+
+std::vector<Case> cases() {
+    const kit::Picture p = kit::testPicture(5, 7);  // 35 pixels: steps of 16 and a tail
+    const Pixels picture = kit::bottomUp(p), none(35, X);
+    std::vector<Case> all = {
+        {"raw, no alpha", 5, 7, kit::planar(p, false, false), picture},
+        {"raw, alpha", 5, 7, kit::planar(p, false, true), picture},
+        {"raw, trailing bytes ignored", 5, 7, kit::planar(p, false, false)({1, 2, 3}), picture},
+        {"raw, no alpha, one byte short", 5, 7, cut(kit::planar(p, false, false), 1), none, {at(Site::rawPlanes)}, 0},
+        {"raw, alpha, one byte short", 5, 7, cut(kit::planar(p, false, true), 1), none, {at(Site::rawPlanes)}, 0},
+        {"raw, alpha plane longer than the data", 4, 4, {0x00, 1, 2, 3, 4, 5}, Pixels(16, X), {at(Site::rawPlanes)}, 0},
+        {"raw, both sizes negative: width x height pixels", -1, -1, {0x20, 0x12, 0x34, 0x56}, {0x123456}},
+        {"run-length, both sizes negative: no rows", -2, -3, {0x30}, Pixels(6, X)},
+        {"first row: raw bytes, then runs of the last", 4, 1, {0x30, 0x40, 0x10, 0x20, 0x30, 0x40, 0x13, 0x55, 0x13, 0x07},
+         {rgb(0x10, 0x55, 7), rgb(0x20, 0x55, 7), rgb(0x30, 0x55, 7), rgb(0x40, 0x55, 7)}},
+        {"run length 1: 16 + raw count, no raw bytes", 19, 1,
+         {0x30, 0x10, 0x05, 0x11, 0x10, 0x06, 0x10, 0x44, 0x21, 0x21, 0x10, 0x09},
+         Pixels(18, rgb(5, 0x44, 0)) + Pixels{rgb(6, 0x44, 9)}},
+        {"run length 2: 32 + raw count", 34, 1, {0x30, 0x10, 0x07, 0x12, 0x02, 0x20, 1, 2, 0x22},
+         Pixels(32, rgb(7, 0, 0)) + Pixels{rgb(7, 1, 0), rgb(7, 2, 0)}},
+        {"delta rows: raw deltas, run delta carried, restarted each row", 4, 3,
+         {0x30, 0x40, 0x10, 0x20, 0x30, 0x40, 0x13, 0x03, 0x04, 0x04, 0x04, 0x04, 0x40, 1, 2, 3, 4, 0x40, 0x04, 0x03,
+          0x06, 0x05, 0x40, 0xFF, 0xFE, 0x00, 0x01},
+         {rgb(0x10, 0, 1), rgb(0x20, 0, 2), rgb(0x30, 0, 3), rgb(0x40, 0, 4), rgb(0x0E, 0, 3), rgb(0x1E, 0, 0),
+          rgb(0x2E, 0, 6), rgb(0x3E, 0, 1), rgb(0x0E, 0, 0x83), rgb(0x1E, 0, 0x7F), rgb(0x2E, 0, 6), rgb(0x3E, 0, 0)}},
+        {"alpha plane read past, never stored", 2, 2,
+         {0x10, 0x20, 0xAA, 0xBB, 0x20, 0xCC, 0xDD, 0x20, 1, 2, 0x20, 2, 4, 0x20, 3, 4, 0x20, 0, 0, 0x20, 5, 6, 0x20, 0, 1},
+         {rgb(1, 3, 5), rgb(2, 4, 6), rgb(2, 3, 5), rgb(4, 4, 5)}},
+        // Failures: a plane stops at its failure; later planes keep their bytes.
+        {"alpha segment past its row", 4, 1, {0x10, 0x05}, Pixels(4, X), {at(Site::alphaOverrun), at(Site::alphaPlane)}, 0},
+        {"short alpha skip is dropped", 4, 1, {0x10, 0x40, 0x01, 0x02}, Pixels(4, X),
+         {at(Site::shortSkip), at(Site::planarRowOverrun), at(Site::redPlane)}, 0},
+        {"red segment past the first row", 4, 1, {0x30, 0x05}, Pixels(4, X),
+         {at(Site::planarRowOverrun), at(Site::redPlane)}, 0},
+        {"green segment past a delta row", 2, 2, {0x30, 0x20, 1, 2, 0x20, 0, 0, 0x20, 5, 6, 0x03},
+         {0x000105EE, 0x000206EE, 0x0001EEEE, 0x0002EEEE}, {at(Site::planarDeltaOverrun), at(Site::greenPlane)}, 0},
+        {"blue segment past the first row", 4, 1, {0x30, 0x04, 0x04, 0x11}, Pixels(4, 0x000000EE),
+         {at(Site::planarRowOverrun), at(Site::bluePlane)}, 0},
+        {"alpha control byte missing", 1, 1, {0x10}, {X}, {s8(Line::alphaControl), at(Site::alphaPlane)}, 0},
+        {"first-row control byte missing", 1, 1, {0x30}, {X}, {s8(Line::firstRowControl), at(Site::redPlane)}, 0},
+        {"green control byte missing", 1, 1, {0x30, 0x10, 0x7F}, {0x007FEEEE},
+         {s8(Line::firstRowControl), at(Site::greenPlane)}, 0},
+        {"blue control byte missing", 1, 1, {0x30, 0x10, 0x7F, 0x10, 0x22}, {0x007F22EE},
+         {s8(Line::firstRowControl), at(Site::bluePlane)}, 0},
+        {"first-row raw bytes missing count as 0", 3, 1, {0x30, 0x30, 0x01}, {0x0001EEEE, 0x0000EEEE, 0x0000EEEE},
+         {s8(Line::firstRowRaw), s8(Line::firstRowRaw), s8(Line::firstRowControl), at(Site::greenPlane)}, 0},
+        {"delta-row control byte missing", 1, 2, {0x30, 0x10, 0x05}, {0x0005EEEE, X},
+         {s8(Line::deltaRowControl), at(Site::redPlane)}, 0},
+        {"delta byte missing counts as delta 0", 1, 2, {0x30, 0x10, 0x05, 0x10}, {0x0005EEEE, 0x0005EEEE},
+         {s8(Line::deltaRowRaw), s8(Line::firstRowControl), at(Site::greenPlane)}, 0},
+        {"last blue raw byte missing: the plane completes", 1, 1, {0x30, 0x10, 0x05, 0x10, 0x06, 0x10}, {rgb(5, 6, 0)},
+         {s8(Line::firstRowRaw)}},
+    };
+    for (uint8_t header : {0x01, 0x02, 0x03, 0x04, 0x05, 0x06, 0x07, 0x08, 0x40, 0x80, 0x11, 0xCF, 0xFF})
+        all.push_back({"refused header " + std::to_string(header), 2, 1, {header, 0x20, 1, 2, 0x20, 3, 4, 0x20, 5, 6},
+                       {X, X}, {at(Site::planarHeader)}, 0});
+    return all;
+}
+
+TEST(Planar, RawAndRunLengthPlanesFailuresAndShortInput) {
+    const test::Library lib(4);
+    for (const Case &c : cases()) {
+        SCOPED_TRACE(c.name);
+        const model::Decoded expected{c.result, model::kept(c.expected), c.trail};
+        EXPECT_EQ(model::slot8(lib, c.width, c.height, c.data), expected);
+        EXPECT_EQ(model::planar(c.width, c.height, c.data, model::unwrittenPixels(int64_t(c.width) * c.height)),
+                  expected);
+    }
+}
+
+void compare(const test::Library &lib, int32_t width, int32_t height, const Bytes &in) {
+    ASSERT_EQ(model::slot8(lib, width, height, in),
+              model::planar(width, height, in, model::unwrittenPixels(int64_t(width) * height)));
+}
+
+// Desktop-like pictures, and flat ones with a few spots for the long runs,
+// in all four layouts; the run-length ones cut at every byte.
+TEST(Planar, MatchesTheModelAtEveryWidthAndEveryTruncation) {
+    const test::Library lib(4);
+    for (int32_t width = 1; width <= 40; ++width) {
+        const int32_t height = 1 + width % 3;
+        kit::Picture p = kit::testPicture(width, height, uint32_t(width));
+        if (width % 2 == 0) {
+            p = kit::Picture(width, height, 0x80FF01);
+            for (int i = 0; i < 3; ++i) p.at((width * i) / 3, i % height) = 0x123456u * uint32_t(i + width);
+        }
+        for (const bool rle : {true, false})
+            for (const bool alpha : {true, false}) {
+                SCOPED_TRACE(testing::Message() << width << "x" << height << (rle ? " rle" : " raw") << (alpha ? " alpha" : ""));
+                const Bytes all = kit::planar(p, rle, alpha);
+                EXPECT_EQ(model::slot8(lib, width, height, all), (model::Decoded{1, kit::bottomUp(p), {}}));
+                for (size_t n = 1; n < all.size(); ++n) {
+                    SCOPED_TRACE(n);
+                    if (rle || n == 1 || n + 1 == all.size()) compare(lib, width, height, all.first(n));
+                }
+            }
+    }
+}
+
+TEST(Planar, MatchesTheModelOnRandomAndCorruptedStreams) {
+    const test::Library lib(4);
+    std::mt19937 random(11);
+    for (int i = 0; i < 2000; ++i) {
+        SCOPED_TRACE(i);
+        const int32_t width = int32_t(random() % 9) + 1, height = int32_t(random() % 4) + 1;
+        Bytes in;
+        if (i % 2 == 0) {
+            in = Bytes{uint8_t((random() % 4) << 4)};
+            for (size_t k = random() % 60; k > 0; --k) in.push_back(uint8_t(random()));
+        } else {  // a valid run-length stream with one byte changed
+            in = kit::planar(kit::testPicture(width, height, uint32_t(i)), true, i % 4 == 1);
+            in[1 + random() % (in.size() - 1)] = uint8_t(random());
+        }
+        compare(lib, width, height, in);
+    }
+}
+
+}  // namespace
