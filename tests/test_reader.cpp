@@ -1,6 +1,6 @@
-// The bounded stream reader: the four reported reads (values, advances and
-// exact shortage trails, the record unchanged on a shortage) and the three
-// unreported ones, on input that ends right before an unreadable page.
+// The bounded stream reader on the last bytes before an unreadable page: the
+// four reported reads (value, advance, exact shortage trail, the record left
+// as it was) and the three unreported ones; null data and negative counts.
 #include <gtest/gtest.h>
 
 #include "bytes.h"
@@ -10,91 +10,70 @@
 namespace {
 
 using ui::Line;
+using ui::Site;
 
-struct Reader : ::testing::Test {
-    test::Library lib;
-    kit::LogCapture log;
-    const kit::GuardedInput input{std::vector<uint8_t>{0x34, 0x12, 0xAB, 0xCD}};
-    ui::streamIn s{input.data(), input.size()};
-    void expectAt(int32_t consumed) {
-        EXPECT_EQ(s.ptr, input.data() + consumed);
-        EXPECT_EQ(s.left, input.size() - consumed);
-    }
-};
+enum Op { u8, u16, block, skip, next, has, take };
 
-TEST_F(Reader, ValueReadsAdvanceAndAShortOneReportsItsCallerAndReadsZero) {
-    EXPECT_EQ(s.readU16(Line::megaRun), 0x1234);
-    EXPECT_EQ(s.readU8(Line::colourByte0), 0xAB);
-    EXPECT_EQ(s.readU16(Line::megaRun), 0);  // a lone last byte stays
-    expectAt(3);
-    EXPECT_EQ(s.readU8(871), 0xCD);
-    EXPECT_EQ(s.readU8(Line::colourByte2), 0);
-    EXPECT_EQ(s.readU8(3160 + 1), 0);
-    expectAt(4);
-    EXPECT_EQ(log.trail(), (kit::Trail{kit::shortRead(Line::megaRun, 0, true), kit::shortRead(Line::colourByte2),
-                                       kit::shortRead(Line::packedPalette, 1)}));
-    EXPECT_EQ(log.trail()[1], "streamInOps 64: Not enough data in stream in ui line 411.");
-}
-
-TEST_F(Reader, BlocksAndSkipsCompareTheSignedCountWithWhatIsLeft) {
+TEST(Reader, ReadsOnlyWhatIsLeftAndReportsShortages) {
+    const test::Library lib;
+    const kit::GuardedInput input(std::vector<uint8_t>{0x34, 0x12, 0xAB, 0xCD});
+    const kit::Trail none, u8Short{kit::shortRead(Line::colourByte2)}, u16Short{kit::shortRead(Line::megaRun, 0, true)},
+        blockShort = kit::trail({Site::shortBlock}), skipShort = kit::trail({Site::shortSkip});
+    // Op, the last `left` bytes readable, count, value (a pointer as its
+    // offset from the record's start, null -1), bytes consumed, reports.
     const struct {
-        bool skip;
-        int32_t n;
-        bool fits;
-    } cases[] = {{false, 0, true},  {false, 3, true},   {false, 4, true},         {false, 5, false},
-                 {false, -1, false}, {false, INT32_MAX, false}, {false, INT32_MIN, false}, {true, 0, true},
-                 {true, 4, true},    {true, 5, false},  {true, -3, false},        {true, INT32_MIN, false}};
+        Op op;
+        int32_t left;
+        int64_t n, value;
+        int32_t consumed;
+        const kit::Trail &trail;
+    } cases[] = {
+        {u8, 4, 0, 0x34, 1, none},      {u8, 0, 0, 0, 0, u8Short},         {u8, -1, 0, 0, 0, u8Short},
+        {u16, 2, 0, 0xCDAB, 2, none},   {u16, 1, 0, 0, 0, u16Short},  // a lone last byte stays
+        {block, 4, 0, 0, 0, none},      {block, 4, 4, 0, 4, none},         {block, 4, 5, -1, 0, blockShort},
+        {block, 4, -1, -1, 0, blockShort}, {block, 4, INT32_MAX, -1, 0, blockShort}, {block, -1, 0, -1, 0, blockShort},
+        {skip, 3, 3, 0, 3, none},       {skip, 3, 4, 0, 0, skipShort},     {skip, 3, INT32_MIN, 0, 0, skipShort},
+        {next, 1, 0, 0xCD, 1, none},    {next, 0, 0, -1, 0, none},         {next, -1, 0, -1, 0, none},
+        {has, 3, 3, 1, 0, none},        {has, 3, 4, 0, 0, none},           {has, 3, -1, 0, 0, none},
+        {has, -1, 0, 0, 0, none},       {take, 3, 3, 0, 3, none},          {take, 3, 4, -1, 0, none},
+        {take, 3, -1, -1, 0, none},     {take, 0, 0, 0, 0, none},
+    };
     for (const auto &c : cases) {
-        SCOPED_TRACE(testing::Message() << (c.skip ? "skip " : "block ") << c.n);
-        log.clear();
-        s = {input.data(), input.size()};
-        const uint8_t *block = nullptr;
-        if (c.skip) s.skip(c.n);
-        else block = s.getBlock(c.n);
-        expectAt(c.fits ? c.n : 0);
-        EXPECT_EQ(block, c.fits && !c.skip ? input.data() : nullptr);
-        const ui::Site site = c.skip ? ui::Site::shortSkip : ui::Site::shortBlock;
-        EXPECT_EQ(log.trail(), c.fits ? kit::Trail{} : kit::trail({site}));
+        SCOPED_TRACE(testing::Message() << "op " << c.op << ", " << c.left << " left, n " << c.n);
+        kit::LogCapture log;
+        const uint8_t *start = input.data() + 4 - std::max(c.left, 0);
+        ui::streamIn s{start, c.left};
+        const auto offset = [&](const uint8_t *p) { return p == nullptr ? -1 : p - start; };
+        uint8_t byte = 0;
+        const int64_t value = c.op == u8    ? s.readU8(Line::colourByte2)
+                              : c.op == u16 ? s.readU16(Line::megaRun)
+                              : c.op == block ? offset(s.getBlock(int32_t(c.n)))
+                              : c.op == skip  ? (s.skip(int32_t(c.n)), 0)
+                              : c.op == next  ? (s.next(byte) ? byte : -1)
+                              : c.op == has   ? s.has(c.n)
+                                              : offset(s.take(c.n));
+        EXPECT_EQ(value, c.value);
+        EXPECT_EQ(s.ptr, start + c.consumed);
+        EXPECT_EQ(s.left, c.left - c.consumed);
+        EXPECT_EQ(log.trail(), c.trail);
     }
 }
 
-TEST_F(Reader, UnreportedReadsNextHasTake) {
-    uint8_t byte = 0;
-    EXPECT_TRUE(s.next(byte));
-    EXPECT_EQ(byte, 0x34);
-    EXPECT_TRUE(s.has(3));
-    EXPECT_FALSE(s.has(4));
-    EXPECT_FALSE(s.has(-1));
-    EXPECT_EQ(s.take(4), nullptr);  // more than is there: nothing consumed
-    expectAt(1);
-    EXPECT_EQ(s.take(0), input.data() + 1);
-    EXPECT_EQ(s.take(2), input.data() + 1);
-    EXPECT_EQ(s.take(-1), nullptr);
-    expectAt(3);
-    EXPECT_TRUE(s.next(byte));
-    EXPECT_EQ(byte, 0xCD);
-    EXPECT_FALSE(s.next(byte));
-    EXPECT_TRUE(s.has(0));
-    expectAt(4);
-    EXPECT_TRUE(log.trail().empty());
-}
-
-TEST_F(Reader, NullDataAndNegativeCountsHoldNothing) {
-    ui::streamIn null{nullptr, 4};
+TEST(Reader, NullDataIsNeverRead) {
+    const test::Library lib;
+    kit::LogCapture log;
+    ui::streamIn s{nullptr, 4};  // null data of some length, then a null record
     uint8_t byte = 7;
-    EXPECT_EQ(null.getBlock(2), nullptr);  // fits, but there is no data: unreported
-    EXPECT_FALSE(null.next(byte));
-    null.skip(1);
-    EXPECT_EQ(null.take(1), nullptr);  // advanced as a plain address, never read
-    EXPECT_EQ(null.left, 3);
+    EXPECT_EQ(s.getBlock(2), nullptr);  // fits, but there is nothing to point at
+    s.skip(1);
+    EXPECT_FALSE(s.next(byte));
+    EXPECT_EQ(s.left, 4);
+    EXPECT_EQ(s.take(3), nullptr);  // advanced as a plain address
+    EXPECT_EQ(s.left, 1);
     EXPECT_EQ(byte, 7);
-    ui::streamIn negative{input.data(), -1};
-    EXPECT_EQ(negative.readU8(Line::colourByte0), 0);
-    EXPECT_FALSE(negative.next(byte));
-    EXPECT_FALSE(negative.has(0));
-    EXPECT_EQ(negative.getBlock(0), nullptr);
-    EXPECT_EQ(negative.ptr, input.data());
-    EXPECT_EQ(log.trail(), (kit::Trail{kit::shortRead(Line::colourByte0), kit::entry(ui::Site::shortBlock)}));
+    s = {nullptr, 0};
+    EXPECT_EQ(s.readU8(3161), 0);  // a caller line of its own
+    EXPECT_EQ(log.trail(), kit::Trail{"streamInOps 64: Not enough data in stream in ui line 3161."});
 }
 
 }  // namespace
