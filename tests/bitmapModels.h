@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <ostream>
 
 #include "bytes.h"
 #include "library.h"
@@ -16,7 +15,7 @@
 namespace model {
 
 using kit::Bytes;
-using ui::Line;
+using L = ui::Line;
 using ui::Site;
 using Pixels = std::vector<uint32_t>;
 
@@ -40,15 +39,12 @@ inline Pixels unwrittenPixels(int64_t n) {
     return p;
 }
 inline Pixels operator+(Pixels a, const Pixels &b) { return a.insert(a.end(), b.begin(), b.end()), a; }
-
 inline std::string text(const char *format, long long a, long long b = 0) {
     char out[80];
-    std::snprintf(out, sizeof out, format, a, b);
-    return out;
+    return std::snprintf(out, sizeof out, format, a, b), out;
 }
 
-// Slot 8 (compressed unless told otherwise).  A read past the input faults;
-// the output words around the bitmap's must stay as they were.
+// Slot 8 (compressed unless told otherwise).  A read past the input faults.
 inline Decoded slot8(const test::Library &lib, int32_t w, int32_t h, const Bytes &in, bool compressed = true) {
     const kit::GuardedInput input(in);
     const Pixels guard(8, 0x5EA15EA1);
@@ -90,26 +86,22 @@ struct Input {
     kit::Trail &trail;
     size_t at = 0;
     int64_t left() const { return int64_t(bytes.size() - at); }
-    uint32_t u8(Line line) { return left() >= 1 ? bytes[at++] : (trail.push_back(kit::shortRead(line)), 0); }
-    uint32_t u16(Line line) {
+    uint32_t u8(L line) { return left() >= 1 ? bytes[at++] : (trail.push_back(kit::shortRead(line)), 0); }
+    uint32_t u16(L line) {
         if (left() < 2) return trail.push_back(kit::shortRead(line, 0, true)), 0;
-        at += 2;
-        return bytes[at - 2] | bytes[at - 1] << 8;
+        return at += 2, bytes[at - 2] | bytes[at - 1] << 8;
     }
     uint32_t colour() {
-        const uint32_t b0 = u8(Line::colourByte0), b1 = u8(Line::colourByte1);
-        return b0 | b1 << 8 | u8(Line::colourByte2) << 16;
+        const uint32_t b0 = u8(L::colourByte0), b1 = u8(L::colourByte1);
+        return b0 | b1 << 8 | u8(L::colourByte2) << 16;
     }
 };
 
-// The interleaved orders by header range.  Run: the header's field bits
-// (times 8 for images), or when they are 0 an extra byte plus `extra`; a
-// 16-bit run for the mega-mega forms (bits 16); none for the fixed orders,
-// which keep their mask or colour in `extra`.
-enum class Kind { bg, fg, setFg, image, setImage, colourRun, colourImage, dithered, special, single };
-struct Form { int lo, hi; Kind kind; int bits; uint32_t extra; Line line; };
-using K = Kind;
-using L = Line;
+// The interleaved orders by header range.  Run: the header's `bits` (times 8
+// for images), or when they are 0 an extra byte plus `extra`; a 16-bit run
+// for bits 16; none for bits 0, whose mask or colour is `extra`.
+enum class K { bg, fg, setFg, image, setImage, colourRun, colourImage, dithered, special, single };
+struct Form { int lo, hi; K kind; int bits; uint32_t extra; L line; };
 inline constexpr Form kForms[] = {
     {0x00, 0x1F, K::bg, 0x1F, 32, L::regularRun},          {0x20, 0x3F, K::fg, 0x1F, 32, L::regularRun},
     {0x40, 0x5F, K::image, 0x1F, 1, L::regularImageRun},   {0x60, 0x7F, K::colourRun, 0x1F, 32, L::regularRun},
@@ -133,11 +125,11 @@ inline Decoded interleaved(int32_t w, int32_t h, const Bytes &bytes, int32_t dep
     while (at < n && in.left() > 0) {
         const uint8_t header = bytes[in.at++];
         const bool first = at < w;  // for every pixel of the order
-        const auto put = [&](uint32_t v) { if (at < n) d.pixels[size_t(at)] = v; ++at; };
+        const auto put = [&](uint32_t v) { at < n ? void(d.pixels[size_t(at++)] = v) : void(at++); };
         // A mask bit: fgPel or black in the first row, above xor fgPel or above below it.
         const auto bit = [&](bool set) { put((first || at >= n ? 0 : d.pixels[size_t(at - w)]) ^ (set ? fgPel : 0)); };
-        const Form *f = std::find_if(std::begin(kForms), std::end(kForms),
-                                     [&](const Form &x) { return header >= x.lo && header <= x.hi; });
+        const Form *f = std::begin(kForms);
+        while (f != std::end(kForms) && (header < f->lo || header > f->hi)) ++f;
         if (f == std::end(kForms)) {
             d.trail.push_back(kit::entry(Site::unknownHeader, text("Unknown header 0x%02llx. Sync lost?", header)));
             return d.result = 0, d;
@@ -172,10 +164,9 @@ inline Decoded interleaved(int32_t w, int32_t h, const Bytes &bytes, int32_t dep
         } else if (f->kind == K::dithered) {
             const uint32_t a = in.colour(), b = in.colour();
             for (int64_t i = 0; i < run; ++i) put(a), put(b);
-        } else if (f->kind == K::special) {
-            for (int k = 0; k < 8; ++k) bit(f->extra >> k & 1);
         } else {
-            put(f->extra);
+            for (int k = 0; k < (f->kind == K::special ? 8 : 0); ++k) bit(f->extra >> k & 1);
+            if (f->kind == K::single) put(f->extra);
         }
         insert = f->kind == K::bg;
     }
@@ -186,46 +177,38 @@ inline Decoded interleaved(int32_t w, int32_t h, const Bytes &bytes, int32_t dep
 // The planar path after the size checks.  Run-length planes store one byte
 // of each pixel; the red plane also clears byte 3.
 inline Decoded planar(int32_t w, int32_t h, const Bytes &bytes, int32_t = 4) {
-    Decoded d{1, unwrittenPixels(int64_t(w) * h), {}};
+    const int64_t n = int64_t(w) * h;
+    Decoded d{1, unwrittenPixels(n), {}};
     Input in{bytes, d.trail};
     const auto fail = [&](Site site) { return d.trail.push_back(kit::entry(site)), d.result = 0, d; };
-    const uint32_t header = bytes.at(in.at++);  // the slot refuses empty data
-    const bool alpha = (header & 0x20) == 0;
-    const int64_t n = int64_t(w) * h;
+    const uint32_t header = bytes.at(in.at++), alpha = (header & 0x20) == 0;  // the slot refuses empty data
     if ((header & 0xCF) != 0) return fail(Site::planarHeader);
-    if ((header & 0x10) == 0) {
-        if (in.left() < (alpha ? 4 : 3) * n) return fail(Site::rawPlanes);
+    if ((header & 0x10) == 0 && in.left() < (alpha ? 4 : 3) * n) return fail(Site::rawPlanes);
+    for (int64_t i = 0; i < n && (header & 0x10) == 0; ++i) {
         const uint8_t *red = &bytes[in.at + size_t(alpha ? n : 0)], *green = red + n, *blue = green + n;
-        for (int64_t i = 0; i < n; ++i) d.pixels[size_t(i)] = uint32_t(red[i]) << 16 | green[i] << 8 | blue[i];
-        return d;
+        d.pixels[size_t(i)] = uint32_t(red[i]) << 16 | green[i] << 8 | blue[i];
     }
-    // byte 0-2: the plane's byte in each pixel; -1: the alpha plane, read past.
+    // Byte 0-2 of each pixel, or -1: the alpha plane, read past.
     const auto plane = [&](int byte) {
-        for (int32_t y = 0; y < h; ++y) {
-            uint32_t value = 0;  // the last raw byte's value (first row) or delta
+        for (int32_t y = 0; y < h && (header & 0x10) != 0; ++y) {
+            uint32_t value = 0;  // the last raw byte (first row) or its delta
             for (int32_t x = 0; x < w;) {
                 const bool there = in.left() > 0;
                 const uint32_t c = in.u8(byte < 0 ? L::alphaControl : y == 0 ? L::firstRowControl : L::deltaRowControl);
-                if (!there) return false;
                 int32_t raw = c >> 4, run = c & 15;
                 if (run == 1 || run == 2) run = raw + 16 * run, raw = 0;
-                if (x + raw + run > w) {
-                    const Site overrun = byte < 0 ? Site::alphaOverrun : y == 0 ? Site::planarRowOverrun : Site::planarDeltaOverrun;
-                    return d.trail.push_back(kit::entry(overrun)), false;
-                }
-                if (byte < 0) {
-                    if (raw > in.left()) d.trail.push_back(kit::entry(Site::shortSkip));
-                    else in.at += size_t(raw);
-                    x += raw + run;
-                    continue;
-                }
+                if (!there) return false;
+                const Site overrun = byte < 0 ? Site::alphaOverrun : y == 0 ? Site::planarRowOverrun : Site::planarDeltaOverrun;
+                if (x + raw + run > w) return d.trail.push_back(kit::entry(overrun)), false;
+                if (byte < 0 && raw > in.left()) d.trail.push_back(kit::entry(Site::shortSkip));
+                else if (byte < 0) in.at += size_t(raw);
                 for (int32_t i = 0; i < raw + run; ++i, ++x) {
+                    if (byte < 0) continue;
                     const uint32_t v = i < raw ? in.u8(y == 0 ? L::firstRowRaw : L::deltaRowRaw) : 0;
                     if (i < raw) value = y == 0 ? v : (v & 1) ? ~(v >> 1) : v >> 1;
                     uint32_t &p = d.pixels[size_t(y) * size_t(w) + size_t(x)];
                     const uint32_t above = y == 0 ? 0 : d.pixels[size_t(y - 1) * size_t(w) + size_t(x)] >> 8 * byte;
-                    p = (p & ~(0xFFu << 8 * byte)) | ((above + value) & 0xFF) << 8 * byte;
-                    if (byte == 2) p &= 0xFFFFFF;
+                    p = (p & ~(0xFFu << 8 * byte) & (byte == 2 ? 0xFFFFFF : ~0u)) | ((above + value) & 0xFF) << 8 * byte;
                 }
             }
         }
