@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <tuple>
 
 #include "bytes.h"
 #include "library.h"
@@ -18,18 +19,7 @@ using kit::Bytes;
 using L = ui::Line;
 using ui::Site;
 using Pixels = std::vector<uint32_t>;
-
-struct Decoded {
-    int32_t result = 1;
-    Pixels pixels;
-    kit::Trail trail;
-    bool operator==(const Decoded &) const = default;
-};
-inline void PrintTo(const Decoded &d, std::ostream *os) {
-    *os << "result " << d.result << std::hex << ", pixels";
-    for (uint32_t p : d.pixels) *os << ' ' << p;
-    for (const std::string &e : d.trail) *os << " [" << e << ']';
-}
+using Decoded = std::tuple<int32_t, Pixels, kit::Trail>;  // result, output, reports
 
 // Output words before a decode: all different, each with a non-zero byte 3.
 inline uint32_t unwritten(size_t i) { return 0xC0000000u + uint32_t(i) * 0x010307u; }
@@ -50,10 +40,9 @@ inline Decoded slot8(const test::Library &lib, int32_t w, int32_t h, const Bytes
     const Pixels guard(8, 0x5EA15EA1);
     Pixels out = guard + unwrittenPixels(int64_t(w) * h) + guard;
     kit::LogCapture log;
-    Decoded d{lib.decodeBitmap(w, h, input.data(), input.size(), compressed, out.data() + 8), {}, log.trail()};
-    d.pixels.assign(out.begin() + 8, out.end() - 8);
+    const int32_t result = lib.decodeBitmap(w, h, input.data(), input.size(), compressed, out.data() + 8);
     EXPECT_TRUE(std::equal(guard.begin(), guard.end(), out.begin()) && std::equal(guard.begin(), guard.end(), out.end() - 8));
-    return d;
+    return {result, Pixels(out.begin() + 8, out.end() - 8), log.trail()};
 }
 
 // A case worked out by hand; an expected byte 0xEE keeps what the output held.
@@ -70,13 +59,13 @@ struct Case {
 template <typename Model>
 void check(const Case &c, int32_t depth, Model model) {
     SCOPED_TRACE(c.name);
-    Decoded expected{c.result, c.expected, c.trail};
+    Pixels expected = c.expected;
     for (size_t i = 0; i < c.expected.size(); ++i)
         for (uint32_t byte = 0xFF; byte != 0; byte <<= 8)
-            if ((c.expected[i] & byte) == (0xEEEEEEEE & byte)) expected.pixels[i] ^= (c.expected[i] ^ unwritten(i)) & byte;
+            if ((c.expected[i] & byte) == (0xEEEEEEEE & byte)) expected[i] ^= (c.expected[i] ^ unwritten(i)) & byte;
     const test::Library lib(c.depth != 0 ? c.depth : depth);
-    EXPECT_EQ(slot8(lib, c.width, c.height, c.data), expected);
-    EXPECT_EQ(model(c.width, c.height, c.data, c.depth != 0 ? c.depth : depth), expected);
+    EXPECT_EQ(slot8(lib, c.width, c.height, c.data), Decoded(c.result, expected, c.trail));
+    EXPECT_EQ(model(c.width, c.height, c.data, c.depth != 0 ? c.depth : depth), Decoded(c.result, expected, c.trail));
 }
 
 // The input as the decoders read it: a missing byte reads as 0 after the
@@ -117,22 +106,23 @@ inline constexpr Form kForms[] = {
 
 inline Decoded interleaved(int32_t w, int32_t h, const Bytes &bytes, int32_t depth = 3) {
     const int64_t n = int64_t(w) * h;
-    Decoded d{1, unwrittenPixels(n), {}};
-    Input in{bytes, d.trail};
+    Pixels px = unwrittenPixels(n);
+    kit::Trail trail;
+    Input in{bytes, trail};
     int64_t at = 0;  // next pixel; runs on past n, storing nothing there
     uint32_t fgPel = 0xFFFFFF;
     bool insert = false, suppress = true;
     while (at < n && in.left() > 0) {
         const uint8_t header = bytes[in.at++];
         const bool first = at < w;  // for every pixel of the order
-        const auto put = [&](uint32_t v) { at < n ? void(d.pixels[size_t(at++)] = v) : void(at++); };
+        const auto put = [&](uint32_t v) { at < n ? void(px[size_t(at++)] = v) : void(at++); };
         // A mask bit: fgPel or black in the first row, above xor fgPel or above below it.
-        const auto bit = [&](bool set) { put((first || at >= n ? 0 : d.pixels[size_t(at - w)]) ^ (set ? fgPel : 0)); };
+        const auto bit = [&](bool set) { put((first || at >= n ? 0 : px[size_t(at - w)]) ^ (set ? fgPel : 0)); };
         const Form *f = std::begin(kForms);
         while (f != std::end(kForms) && (header < f->lo || header > f->hi)) ++f;
         if (f == std::end(kForms)) {
-            d.trail.push_back(kit::entry(Site::unknownHeader, text("Unknown header 0x%02llx. Sync lost?", header)));
-            return d.result = 0, d;
+            trail.push_back(kit::entry(Site::unknownHeader, text("Unknown header 0x%02llx. Sync lost?", header)));
+            return {0, px, trail};
         }
         const bool image = f->kind == K::image || f->kind == K::setImage;
         const int64_t field = header & f->bits;
@@ -157,7 +147,7 @@ inline Decoded interleaved(int32_t w, int32_t h, const Bytes &bytes, int32_t dep
             const uint32_t c = in.colour();
             for (int64_t i = 0; i < run; ++i) put(c);
         } else if (f->kind == K::colourImage && run * depth > in.left()) {
-            d.trail.insert(d.trail.end(), {kit::entry(Site::shortBlock), kit::entry(Site::colourImage)});
+            trail.insert(trail.end(), {kit::entry(Site::shortBlock), kit::entry(Site::colourImage)});
         } else if (f->kind == K::colourImage) {
             for (int64_t i = 0; i < run; ++i, in.at += size_t(depth))
                 put(bytes[in.at] | bytes[in.at + 1] << 8 | bytes[in.at + 2] << 16);
@@ -170,23 +160,24 @@ inline Decoded interleaved(int32_t w, int32_t h, const Bytes &bytes, int32_t dep
         }
         insert = f->kind == K::bg;
     }
-    if (at > n) d.trail.push_back(kit::entry(Site::overrun, text("%lld > %lld!", 4 * at, 4 * n)));
-    return d;
+    if (at > n) trail.push_back(kit::entry(Site::overrun, text("%lld > %lld!", 4 * at, 4 * n)));
+    return {1, px, trail};
 }
 
 // The planar path after the size checks.  Run-length planes store one byte
 // of each pixel; the red plane also clears byte 3.
 inline Decoded planar(int32_t w, int32_t h, const Bytes &bytes, int32_t = 4) {
     const int64_t n = int64_t(w) * h;
-    Decoded d{1, unwrittenPixels(n), {}};
-    Input in{bytes, d.trail};
-    const auto fail = [&](Site site) { return d.trail.push_back(kit::entry(site)), d.result = 0, d; };
+    Pixels px = unwrittenPixels(n);
+    kit::Trail trail;
+    Input in{bytes, trail};
+    const auto fail = [&](Site site) { return trail.push_back(kit::entry(site)), Decoded(0, px, trail); };
     const uint32_t header = bytes.at(in.at++), alpha = (header & 0x20) == 0;  // the slot refuses empty data
     if ((header & 0xCF) != 0) return fail(Site::planarHeader);
     if ((header & 0x10) == 0 && in.left() < (alpha ? 4 : 3) * n) return fail(Site::rawPlanes);
     for (int64_t i = 0; i < n && (header & 0x10) == 0; ++i) {
         const uint8_t *red = &bytes[in.at + size_t(alpha ? n : 0)], *green = red + n, *blue = green + n;
-        d.pixels[size_t(i)] = uint32_t(red[i]) << 16 | green[i] << 8 | blue[i];
+        px[size_t(i)] = uint32_t(red[i]) << 16 | green[i] << 8 | blue[i];
     }
     // Byte 0-2 of each pixel, or -1: the alpha plane, read past.
     const auto plane = [&](int byte) {
@@ -199,15 +190,15 @@ inline Decoded planar(int32_t w, int32_t h, const Bytes &bytes, int32_t = 4) {
                 if (run == 1 || run == 2) run = raw + 16 * run, raw = 0;
                 if (!there) return false;
                 const Site overrun = byte < 0 ? Site::alphaOverrun : y == 0 ? Site::planarRowOverrun : Site::planarDeltaOverrun;
-                if (x + raw + run > w) return d.trail.push_back(kit::entry(overrun)), false;
-                if (byte < 0 && raw > in.left()) d.trail.push_back(kit::entry(Site::shortSkip));
+                if (x + raw + run > w) return trail.push_back(kit::entry(overrun)), false;
+                if (byte < 0 && raw > in.left()) trail.push_back(kit::entry(Site::shortSkip));
                 else if (byte < 0) in.at += size_t(raw);
                 for (int32_t i = 0; i < raw + run; ++i, ++x) {
                     if (byte < 0) continue;
                     const uint32_t v = i < raw ? in.u8(y == 0 ? L::firstRowRaw : L::deltaRowRaw) : 0;
                     if (i < raw) value = y == 0 ? v : (v & 1) ? ~(v >> 1) : v >> 1;
-                    uint32_t &p = d.pixels[size_t(y) * size_t(w) + size_t(x)];
-                    const uint32_t above = y == 0 ? 0 : d.pixels[size_t(y - 1) * size_t(w) + size_t(x)] >> 8 * byte;
+                    uint32_t &p = px[size_t(y) * size_t(w) + size_t(x)];
+                    const uint32_t above = y == 0 ? 0 : px[size_t(y - 1) * size_t(w) + size_t(x)] >> 8 * byte;
                     p = (p & ~(0xFFu << 8 * byte) & (byte == 2 ? 0xFFFFFF : ~0u)) | ((above + value) & 0xFF) << 8 * byte;
                 }
             }
@@ -218,7 +209,7 @@ inline Decoded planar(int32_t w, int32_t h, const Bytes &bytes, int32_t = 4) {
     if (!plane(2)) return fail(Site::redPlane);
     if (!plane(1)) return fail(Site::greenPlane);
     if (!plane(0)) return fail(Site::bluePlane);
-    return d;
+    return {1, px, trail};
 }
 
 }  // namespace model

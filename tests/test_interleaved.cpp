@@ -1,7 +1,7 @@
 // The interleaved run-length decoder through slot 8: every order kind, the
 // first-row and insertion rules, short input at every reading line, unknown
 // headers and overruns, by hand and through the reference decoder; then the
-// two compared on generated, truncated and random streams.
+// two compared on generated streams at every width and truncation.
 #include <random>
 
 #include "bitmapModels.h"
@@ -21,11 +21,8 @@ std::string overrun(int at, int size) { return kit::entry(ui::Site::overrun, mod
 
 const std::vector<model::Case> kCases = {
     // Every order kind.
-    {"white, black", 3, 1, {0xFD, 0xFE}, {W, 0, X}},
     {"regular forms", 12, 1, Bytes{0x01, 0x21, 0x41, 0xA5, 0x61}.colour(A)({0x81}).colour(B),
      {0, W, W, 0, W, 0, 0, W, 0, W, A, B}},
-    {"lite forms", 11, 1, Bytes{0xC1}.colour(A)({0xD1}).colour(B)({0x81, 0xE1}).colour(C).colour(W),
-     {A, B, 0, 0, 0, 0, 0, 0, B, C, W}},
     {"mega-mega forms", 12, 1,
      Bytes{0xF0}.u16(1)({0xF1}).u16(1)({0xF2}).u16(3)({0x05, 0xF3}).u16(1).colour(A)({0xF4}).u16(1).colour(B)({0xF6}).u16(1)
          .colour(C)({0xF7}).u16(2).colour(A)({0x02, 0xF8}).u16(1).colour(A).colour(B),
@@ -35,19 +32,16 @@ const std::vector<model::Case> kCases = {
      Pixels(32, A) + Pixels{W} + Pixels(17, B) + Pixels{C, 0, C}},
     {"bg run, extra byte: 32, first-row rule to its end", 8, 5, {0x00, 0x00}, Pixels(32, 0) + Pixels(8, X)},
     {"fgbg image of 10 pixels: two mask bytes", 12, 1, {0x40, 0x09, 0xFF, 0x02, 0xFE}, Pixels(8, W) + Pixels{0, W, 0, X}},
-    {"special fgbg 1 and 2, first row", 16, 1, {0xF9, 0xFA}, {W, W, 0, 0, 0, 0, 0, 0, W, 0, W, 0, 0, 0, 0, 0}},
-    {"special fgbg 1 and 2, lower rows", 8, 3, Bytes{0x68}.colour(A)({0xF9, 0xFA}),
-     Pixels(8, A) + Pixels{A ^ W, A ^ W, A, A, A, A, A, A} + Pixels{A, A ^ W, A ^ W, A, A, A, A, A}},
+    {"special fgbg 1 and 2, first and lower rows", 8, 3, {0xF9, 0xFA, 0xF9},
+     {W, W, 0, 0, 0, 0, 0, 0, 0, W, W, 0, 0, 0, 0, 0, W, 0, W, 0, 0, 0, 0, 0}},
     {"colour image at 5 bytes per pixel: first three", 3, 1, {0x82, 0x30, 0x20, 0x10, 9, 9, 0x66, 0x55, 0x44, 9, 9, 0xFE},
      {A, B, 0}, {}, 1, 5},
     // Pixels above and the first-row rule.
     {"lower-row fg run: above xor fgPel", 2, 2, Bytes{0x62}.colour(B)({0xC2}).colour(A), {B, B, B ^ A, B ^ A}},
     {"bg run longer than a row repeats rows", 2, 4, Bytes{0xE1}.colour(A).colour(B)({0x06}), times(4, {A, B})},
-    {"fg run longer than a row xors its own pixels", 2, 3, Bytes{0xE1}.colour(A).colour(B)({0x24}), {A, B, A ^ W, B ^ W, A, B}},
     {"fgbg image over rows narrower than 8", 2, 5, Bytes{0xE1}.colour(A).colour(B)({0xF2}).u16(8)({0xFF}),
      times(2, {A, B, A ^ W, B ^ W}) + Pixels{A, B}},
     {"fg run from the last first-row pixel keeps fgPel", 4, 2, Bytes{0x63}.colour(A)({0xC2}).colour(B), {A, A, A, B, B, X, X, X}},
-    {"bg run from the last first-row pixel stays black", 4, 2, Bytes{0x63}.colour(A)({0x03}), {A, A, A, 0, 0, 0, X, X}},
     {"fgbg image from the last first-row pixel", 4, 2, Bytes{0x63}.colour(A)({0x40, 0x02, 0x06}), {A, A, A, 0, W, W, X, X}},
     // Foreground insertion between background runs.
     {"second bg run in the first row starts with fgPel", 4, 1, Bytes{0xC1}.colour(A)({0x01, 0x02}), {A, 0, A, 0}},
@@ -72,11 +66,9 @@ const std::vector<model::Case> kCases = {
     {"colour image block short: skipped, nothing moves", 4, 1, Bytes{0xF4}.u16(2)({0xFD, 0xFE}), {W, 0, X, X},
      kit::trail({ui::Site::shortBlock, ui::Site::colourImage})},
     // Overruns: only what fits is stored, the whole order counted.
-    {"dithered run past the end", 3, 1, Bytes{0xE2}.colour(A).colour(B), {A, B, A}, {overrun(16, 12)}},
     {"colour image past the end takes its whole block", 2, 1, Bytes{0x84}.colour(A).colour(B).colour(C).colour(W)({0xFD}),
      {A, B}, {overrun(16, 8)}},
     {"special fgbg past the end", 2, 2, {0xFE, 0xFE, 0xFE, 0xF9}, {0, 0, 0, W}, {overrun(44, 16)}},
-    {"lower-row fg run past the end", 2, 2, Bytes{0x62}.colour(A)({0x25}), {A, A, A ^ W, A ^ W}, {overrun(28, 16)}},
     {"bg run exactly to the end", 2, 2, {0x04}, {0, 0, 0, 0}},
 };
 
@@ -107,8 +99,8 @@ Bytes randomOrders(std::mt19937 &random, int count, int32_t depth) {
     return s;
 }
 
-// Every width and every truncation of generated streams, random bytes and
-// the longest orders: the library and the reference decoder agree.
+// Every width and every truncation of generated streams, and the longest
+// orders: the library and the reference decoder agree.
 TEST(Interleaved, MatchesTheModel) {
     std::mt19937 random(2024);
     for (int32_t depth : {3, 5}) {
@@ -123,11 +115,6 @@ TEST(Interleaved, MatchesTheModel) {
                 const Bytes all = randomOrders(random, 10, depth);
                 for (size_t n = 0; n <= all.size(); ++n) ASSERT_TRUE(same(width, height, all.first(n)));
             }
-        for (int i = 0; i < 750; ++i) {
-            Bytes in(random() % 40);
-            for (uint8_t &v : in) v = uint8_t(random());
-            ASSERT_TRUE(same(i % 11 + 1, i % 5 + 1, in));
-        }
         for (const Bytes &in : {Bytes{0xF2}.u16(0xFFFF)({0x0F}), Bytes{0xF8}.u16(0xFFFF).colour(A).colour(B), Bytes{0x00, 0xFF}})
             ASSERT_TRUE(same(4, 1, in));
     }

@@ -33,7 +33,7 @@ TEST(Reader, ReadsOnlyWhatIsLeftAndReportsShortages) {
         {take, 3, 0, -1, -1, 0, none},       {take, 0, 0, 0, 0, 0, none},           {take, 4, 1, 3, -1, 3, none},
     };
     for (const auto &c : cases) {
-        SCOPED_TRACE(testing::Message() << "op " << c.op << ", " << c.left << " left" << (c.null ? " at null" : "") << ", n " << c.n);
+        SCOPED_TRACE(testing::Message() << "case " << &c - cases);
         kit::LogCapture log;
         const uint8_t *start = c.null ? nullptr : input.data() + 4 - std::max(c.left, 0);
         ui::streamIn s{start, c.left};
