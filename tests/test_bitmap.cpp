@@ -77,6 +77,7 @@ TEST(BitmapUpdate, RefusalsAndWhatStands) {
         {"wider than the bitmap", 3, 0, 0, 8, 5, 8, 6, 1, packed, none, T({S::bitmapSize}), false, false},
         {"taller than the bitmap", 3, 0, 0, 7, 6, 8, 6, 0, raw, none, T({S::bitmapSize}), false, false},
         {"across all ints", 3, INT32_MIN, 0, INT32_MAX, 5, 8, 6, 1, packed, none, T({S::bitmapSize}), false, false},
+        {"right edge far left of the left: empty", 3, 2, 0, INT32_MIN, 5, 8, 6, 1, packed, none, {}, false, false},
         {"65,537 pixels", 3, 0, 0, 0, 0, 65537, 1, 1, packed, none, T({S::bitmapTooLarge}), true, false},
         {"pixel count wraps", 3, 0, 0, 0, 0, 65536, 65536, 1, packed, none, T({S::bitmapTooLarge}), true, false},
         {"decoding fails", 4, 0, 0, 7, 5, 8, 6, 1, {0x30, 0x0F}, none, T({S::planarRowOverrun, S::redPlane, S::bitmapDecode}), true,
