@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <tuple>
 
 #include "bytes.h"
 #include "frame.h"
@@ -24,24 +25,21 @@ TEST(MemBlt, ReadsPictureRowsBottomUpAndOnlyInsideTheBitmap) {
         for (int32_t c = 0; c < 16; ++c) stored.pixel4(picture(c, r));
     const kit::GuardedInput in(stored);
     const auto *bitmap = reinterpret_cast<const uint32_t *>(in.data());
-    const struct {
-        int32_t srcLeft, srcTop, width, height;
-        const uint32_t *pixels;
-        bool drawn;
-    } cases[] = {{0, 0, 16, 1, bitmap, true},   {6, 12, 10, 4, bitmap, true},  {0, 0, 16, 16, bitmap, true},
-                 {7, 0, 10, 4, bitmap, false},  {0, 13, 10, 4, bitmap, false}, {-1, 0, 4, 4, bitmap, false},
-                 {0, -1, 4, 4, bitmap, false},  {INT32_MAX - 2, 0, 10, 4, bitmap, false}, {0, 0, 4, 4, nullptr, false}};
-    for (const auto &c : cases) {
-        SCOPED_TRACE(testing::Message() << c.srcLeft << "," << c.srcTop << " " << c.width << "x" << c.height);
+    const std::tuple<int32_t, int32_t, int32_t, int32_t, const uint32_t *, bool> cases[] = {  // source rectangle, bitmap, drawn
+        {0, 0, 16, 1, bitmap, true},   {6, 12, 10, 4, bitmap, true},  {0, 0, 16, 16, bitmap, true},
+        {7, 0, 10, 4, bitmap, false},  {0, 13, 10, 4, bitmap, false}, {-1, 0, 4, 4, bitmap, false},
+        {0, -1, 4, 4, bitmap, false},  {INT32_MAX - 2, 0, 10, 4, bitmap, false}, {0, 0, 4, 4, nullptr, false}};
+    for (const auto &[srcLeft, srcTop, width, height, pixels, drawn] : cases) {
+        SCOPED_TRACE(testing::Message() << srcLeft << "," << srcTop << " " << width << "x" << height);
         kit::Frame f(48, 20, 5);
         kit::LogCapture log;
-        lib.memBlt(f.surface(), {0, 28, 2, c.width, c.height, 0xCC, c.srcLeft, c.srcTop, 0, 16, 16, c.pixels}, f.all());
+        lib.memBlt(f.surface(), {0, 28, 2, width, height, 0xCC, srcLeft, srcTop, 0, 16, 16, pixels}, f.all());
         std::vector<uint32_t> want(48 * 20, 5);
-        for (int32_t y = 0; c.drawn && y < c.height; ++y)
-            for (int32_t x = 0; x < c.width; ++x) want[size_t((2 + y) * 48 + 28 + x)] = picture(c.srcLeft + x, c.srcTop + y);
+        for (int32_t y = 0; drawn && y < height; ++y)
+            for (int32_t x = 0; x < width; ++x) want[size_t((2 + y) * 48 + 28 + x)] = picture(srcLeft + x, srcTop + y);
         EXPECT_EQ(f.pixels(), want);
         EXPECT_TRUE(log.trail().empty());  // a source outside the bitmap is not reported
-        EXPECT_EQ(f.markedTiles(), (c.drawn ? std::vector<int>{0, 1} : std::vector<int>{}));
+        EXPECT_EQ(f.markedTiles(), (drawn ? std::vector<int>{0, 1} : std::vector<int>{}));
     }
 }
 
@@ -88,16 +86,13 @@ TEST(CopyRect, RefusalsComeInTheirOrderAndChangeNothing) {
         int32_t srcLeft, srcTop;
         Trail trail;
     } cases[] = {
-        {{0, 0, 0, 10}, 1000, 0, kit::trail({S::copySize})},
-        {{200, 0, 10, -1}, 0, 0, kit::trail({S::copySize})},
+        {{0, 0, 0, 10}, 1000, 0, kit::trail({S::copySize})},  {{200, 0, 10, -1}, 0, 0, kit::trail({S::copySize})},
         {{90, 0, 7, 5}, 1000, 1000, kit::trail({S::imageWrite, S::copyDestination})},
         {{0, 60, 5, 5}, 0, 0, kit::trail({S::imageWrite, S::copyDestination})},
         {{-1, 0, 5, 5}, 0, 0, kit::trail({S::imageWrite, S::copyDestination})},
         {{1, 1, INT32_MAX, 1}, 0, 0, kit::trail({S::imageWrite, S::copyDestination})},
-        {{0, 0, 5, 5}, 92, 0, kit::trail({S::imageRead, S::copySource})},
-        {{0, 0, 5, 5}, 0, 60, kit::trail({S::imageRead, S::copySource})},
-        {{0, 0, 5, 5}, 0, -1, kit::trail({S::imageRead, S::copySource})},
-        {{0, 0, 5, 5}, INT32_MAX, 0, kit::trail({S::imageRead, S::copySource})},
+        {{0, 0, 5, 5}, 92, 0, kit::trail({S::imageRead, S::copySource})},  {{0, 0, 5, 5}, 0, 60, kit::trail({S::imageRead, S::copySource})},
+        {{0, 0, 5, 5}, 0, -1, kit::trail({S::imageRead, S::copySource})},  {{0, 0, 5, 5}, INT32_MAX, 0, kit::trail({S::imageRead, S::copySource})},
         {{0, 0, 4, 4}, 50, 50, {kit::entry(S::tileRange, "0,0->1,1 of 0,2")}},  // a map without columns
     };
     for (const auto &c : cases) {

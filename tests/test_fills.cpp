@@ -128,70 +128,58 @@ TEST(PatternFill, ChecksTheRectangleThenEachPhaseInTurn) {
 constexpr uint32_t kBack = 0x0f0f0f, kOne = 0x010203, kZero = 0x0a0b0c;
 const uint8_t kMono[8] = {0x81, 0x42, 0x24, 0x18, 0xf0, 0x0f, 0xaa, 0x55};
 
-// A PatBlt of (3, 2, 30, 12) on a 40 x 20 frame of kBack, and the frame
-// expected when its clipped rectangle takes colour(x, y).
+// A PatBlt of (3, 2, 30, 12) on a 40 x 20 frame of kBack.
 UiPatBltOrder brush(int32_t style, int32_t rop = 12) {
     UiPatBltOrder o{3, 2, 30, 12, rop, {1, 2, 3}, {10, 11, 12}};
     o.brushStyle = style;
     std::memcpy(o.brushBytes, kMono, 8);
     return o;
 }
-std::vector<uint32_t> painted(const UiPatBltOrder &o, const UiClipRect &c, const std::function<uint32_t(int32_t, int32_t)> &colour) {
-    std::vector<uint32_t> out(40 * 20, kBack);
-    for (int32_t y = std::max(o.top, c.top); y < std::min(o.top + o.height, c.bottom + 1); ++y)
-        for (int32_t x = std::max(o.left, c.left); x < std::min(o.left + o.width, c.right + 1); ++x) out[size_t(y * 40 + x)] = colour(x, y);
-    return out;
-}
 
-TEST(Brushes, MonochromeBrushesAnchorTheirPatternAtTheBrushOrigin) {
+// Monochrome brushes anchor their pattern at the brush origin, through the
+// operation; the colour brush at the clipped rectangle, copied.
+TEST(Brushes, PatternsRepeatEveryEightPixelsFromTheirAnchor) {
     test::Library lib;
-    const kit::GuardedInput cached(kit::Bytes(kMono, kMono + 8));
+    const kit::GuardedInput mono(kit::Bytes(kMono, kMono + 8));
+    kit::Bytes bytes;
+    for (uint32_t i = 0; i < 64; ++i) bytes.pixel4(0x100000 * (i / 8) + i % 8 + 1);
+    const kit::GuardedInput colour(bytes);
     const struct {
         int32_t style;
         uint8_t byte0;
         const uint8_t *pattern;
     } kinds[] = {{2, 0, kit::kHatchPatterns},      {2, 1, kit::kHatchPatterns + 8}, {2, 2, kit::kHatchPatterns + 16},
                  {2, 3, kit::kHatchPatterns + 24}, {2, 4, kit::kHatchPatterns + 32}, {2, 5, kit::kHatchPatterns + 40},
-                 {3, 0x81, kMono},                 {0x81, 0x81, kMono},            {0x91, 0x81, kMono}};
+                 {3, 0x81, kMono},                 {0x81, 0x81, kMono},            {0x91, 0x81, kMono},  {0x85, 0, nullptr}};
     const struct {
         int32_t x, y;
         UiClipRect clip;
     } origins[] = {{0, 0, {0, 0, 39, 19}}, {0, 0, {13, 5, 39, 19}}, {5, 3, {0, 0, 39, 19}}, {-2, -1, {4, 3, 39, 19}},
-                   {INT32_MAX, INT32_MAX - 1, {0, 0, 39, 19}}};
+                   {INT32_MAX, INT32_MAX - 1, {0, 0, 39, 19}}, {1, 2, {0, 0, 3, 19}}, {1, 2, {0, 0, 9, 19}},
+                   {1, 2, {0, 0, 10, 19}}, {1, 2, {0, 0, 11, 19}}, {1, 2, {0, 0, 18, 19}}, {1, 2, {0, 0, 19, 19}}};
     for (const auto &k : kinds)
         for (const auto &o : origins)
             for (int32_t rop : {12, 0x66}) {
-                SCOPED_TRACE(testing::Message() << "style " << k.style << " " << int(k.byte0) << ", origin " << o.x << "," << o.y << ", rop " << rop);
+                SCOPED_TRACE(testing::Message() << "style " << k.style << " " << int(k.byte0) << ", origin " << o.x << "," << o.y
+                                                << ", clip " << o.clip.left << "-" << o.clip.right << ", rop " << rop);
                 kit::Frame f(40, 20, kBack);
                 kit::LogCapture log;
                 UiPatBltOrder order = brush(k.style, rop);
-                order.brushBytes[0] = k.byte0, order.brushData = cached.data(), order.brushOrgX = o.x, order.brushOrgY = o.y;
+                order.brushBytes[0] = k.byte0, order.brushData = k.pattern ? mono.data() : colour.data();
+                order.brushOrgX = o.x, order.brushOrgY = o.y;
                 lib.patBlt(f.surface(), order, o.clip);
-                EXPECT_EQ(f.pixels(), painted(order, o.clip, [&](int32_t x, int32_t y) {
-                              const bool one = k.pattern[(int64_t(o.y) + y) % 8] & (0x80 >> ((int64_t(o.x) + x) % 8));
-                              return truth(rop & 15, one ? kOne : kZero, kBack);
-                          }));
+                const int32_t left = std::max(3, o.clip.left), top = std::max(2, o.clip.top);
+                std::vector<uint32_t> want(40 * 20, kBack);
+                for (int32_t y = top; y < 14; ++y)
+                    for (int32_t x = left; x < std::min(33, o.clip.right + 1); ++x) {
+                        const bool one = k.pattern && k.pattern[(int64_t(o.y) + y) % 8] & (0x80 >> ((int64_t(o.x) + x) % 8));
+                        want[size_t(y * 40 + x)] = k.pattern ? truth(rop & 15, one ? kOne : kZero, kBack)
+                                                             : uint32_t(0x100000 * ((y - top) % 8) + (x - left) % 8 + 1);
+                    }
+                EXPECT_EQ(f.pixels(), want);
                 EXPECT_TRUE(log.trail().empty());
-                EXPECT_EQ(f.markedTiles(), (std::vector<int>{0, 1}));
+                EXPECT_EQ(f.markedTiles(), (o.clip.right < 32 ? std::vector<int>{0} : std::vector<int>{0, 1}));
             }
-}
-
-TEST(Brushes, ColourPatternRowsRestartEveryEightPixels) {
-    test::Library lib;
-    kit::Bytes bytes;
-    for (uint32_t i = 0; i < 64; ++i) bytes.pixel4(0x100000 * (i / 8) + i % 8 + 1);
-    const kit::GuardedInput pattern(bytes);
-    for (int32_t width = 1; width <= 17; ++width) {
-        kit::Frame f(40, 20, kBack);
-        kit::LogCapture log;
-        UiPatBltOrder order = brush(0x85, 0x66);  // neither the operation nor the origin applies
-        order.brushData = pattern.data(), order.brushOrgX = 3, order.brushOrgY = 5;
-        lib.patBlt(f.surface(), order, {0, 0, 3 + width - 1, 19});
-        EXPECT_EQ(f.pixels(), painted(order, {0, 0, 3 + width - 1, 19},
-                                      [](int32_t x, int32_t y) { return uint32_t(0x100000 * ((y - 2) % 8) + (x - 3) % 8 + 1); })) << width;
-        EXPECT_TRUE(log.trail().empty());
-        EXPECT_EQ(f.markedTiles(), (std::vector<int>{0}));
-    }
 }
 
 // Refused brushes draw nothing; their tiles are marked only when a fill was attempted.
@@ -208,12 +196,10 @@ TEST(Brushes, RefusalsAndWhichOfThemMarkTiles) {
         std::vector<int> tiles;
     } cases[] = {
         {1, 0, true, 0, 0, 3, false, false, {kit::entry(S::unsupportedBrush, "Unsupported brush 1.")}},
-        {0x40, 0, true, 0, 0, 3, false, false, {kit::entry(S::unsupportedBrush, "Unsupported brush 64.")}},
         {0x83, 0, true, 0, 0, 3, false, false, {kit::entry(S::brushStyle, "Brush style 0x0083.")}},
         {-1, 0, true, 0, 0, 3, false, false, {kit::entry(S::brushStyle, "Brush style 0xffffffff.")}},  // bit 0x80 first
         {0x81, 0, false, 0, 0, 3, false, false, kit::trail({S::noBrushData})},
         {0x85, 0, false, 0, 0, 3, false, false, kit::trail({S::noBrushData})},
-        {0x83, 0, false, 0, 0, 3, false, false, kit::trail({S::noBrushData})},
         {2, 6, true, 0, 0, 3, false, false, kit::trail({S::hatch})},
         {2, 255, true, 0, 0, 3, false, false, kit::trail({S::hatch})},
         {2, 0, true, 0, 0, 3, false, true, kit::trail({S::hatch})},  // no hatch table
