@@ -48,11 +48,11 @@ const Call kCalls[] = {
     {'f', {0, 10, 5, INT32_MIN}, kit::trail({S::imageWrite, S::fillSolid})},
     {'f', {0, 32, 5, 0}, tileText("0,1->1,1 of 3,2")},  {'f', {0, 33, 5, 0}, {}, {3}},  // empty on / inside a tile
     {'f', {96, 0, 0, 5}, tileText("3,0->3,1 of 3,2")},
-    {'h', {5, 5, 1, 1}, {}, {0}},  {'h', {30, 40, 4, 1}, {}, {3, 4}},  {'h', {0, 63, 96, 1}, {}, {3, 4, 5}},
+    {'h', {5, 5, 1, 1}, {}, {0}},  {'h', {30, 32, 4, 1}, {}, {3, 4}},  {'h', {0, 63, 96, 1}, {}, {3, 4, 5}},
     {'h', {5, 5, 0, 1}, kit::trail({S::hLineLength})},  {'h', {5, 5, INT32_MIN, 1}, kit::trail({S::hLineLength})},
     {'h', {93, 0, 4, 1}, kit::trail({S::imageWrite, S::hLine})},  {'h', {0, 64, 1, 1}, kit::trail({S::imageWrite, S::hLine})},
     {'h', {1, 0, INT32_MAX, 1}, kit::trail({S::imageWrite, S::hLine})},
-    {'v', {5, 5, 1, 1}, {}, {0}},  {'v', {40, 30, 1, 4}, {}, {1, 4}},  {'v', {95, 0, 1, 64}, {}, {2, 5}},
+    {'v', {5, 5, 1, 1}, {}, {0}},  {'v', {64, 30, 1, 4}, {}, {2, 5}},  {'v', {95, 0, 1, 64}, {}, {2, 5}},
     {'v', {5, 5, 1, 0}, kit::trail({S::vLineLength})},  {'v', {5, 5, 1, -1}, kit::trail({S::vLineLength})},
     {'v', {0, 61, 1, 4}, kit::trail({S::imageWrite, S::vLine})},  {'v', {96, 0, 1, 1}, kit::trail({S::imageWrite, S::vLine})},
     {'v', {0, 1, 1, INT32_MAX}, kit::trail({S::imageWrite, S::vLine})},

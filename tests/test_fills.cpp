@@ -162,18 +162,21 @@ TEST(Brushes, PatternsRepeatEveryEightPixelsFromTheirAnchor) {
             for (int32_t rop : {12, 0x66}) {
                 SCOPED_TRACE(testing::Message() << "style " << k.style << " " << int(k.byte0) << ", origin " << o.x << "," << o.y
                                                 << ", clip " << o.clip.left << "-" << o.clip.right << ", rop " << rop);
-                kit::Frame f(40, 20, kBack);
+                kit::Frame f(40, 20);
+                std::vector<uint32_t> want;  // a background that differs from row to row
+                for (int32_t i = 0; i < 40 * 20; ++i) want.push_back((kBack + uint32_t(i) * 0x010305) & 0xffffff);
+                f.setPixels(want);
                 kit::LogCapture log;
                 UiPatBltOrder order = brush(k.style, rop);
                 order.brushBytes[0] = k.byte0, order.brushData = k.pattern ? mono.data() : colour.data();
                 order.brushOrgX = o.x, order.brushOrgY = o.y;
                 lib.patBlt(f.surface(), order, o.clip);
                 const int32_t left = std::max(3, o.clip.left), top = std::max(2, o.clip.top);
-                std::vector<uint32_t> want(40 * 20, kBack);
                 for (int32_t y = top; y < 14; ++y)
                     for (int32_t x = left; x < std::min(33, o.clip.right + 1); ++x) {
                         const bool one = k.pattern && k.pattern[(int64_t(o.y) + y) % 8] & (0x80 >> ((int64_t(o.x) + x) % 8));
-                        want[size_t(y * 40 + x)] = k.pattern ? truth(rop & 15, one ? kOne : kZero, kBack)
+                        uint32_t &p = want[size_t(y * 40 + x)];
+                        p = k.pattern ? truth(rop & 15, one ? kOne : kZero, p)
                                                              : uint32_t(0x100000 * ((y - top) % 8) + (x - left) % 8 + 1);
                     }
                 EXPECT_EQ(f.pixels(), want);
