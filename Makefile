@@ -4,7 +4,8 @@
 #   make demo     build the library and the demo client, draw demo.png
 #   make package  build the .deb packages (amd64 and armhf)
 #   make bench    run the benchmarks and write bench/RESULTS.md
-#   make fuzz     run every fuzz target (FUZZ_SECONDS each, default 60)
+#   make fuzz     run every fuzz target on x86-64 and i386 (FUZZ_SECONDS each,
+#                 default 60)
 #   make build    build the native preset only
 
 .PHONY: check deps build demo package bench fuzz clean

@@ -6,6 +6,8 @@
 #   FUZZ_SOURCE=<dir>       tree whose ui/ and include/ are fuzzed (default
 #                           this checkout)
 #   FUZZ_BUILD=<dir>        build directory
+# The differential targets need FreeRDP 2 for the target architecture: they
+# compare on x86-64 and only decode on i386.
 set -euo pipefail
 fuzz=$(cd "$(dirname "$0")" && pwd)
 root=$(dirname "$fuzz")
@@ -17,7 +19,8 @@ cxx=${FUZZ_CXX:-clang++-14}
 command -v "$cxx" >/dev/null || { echo "fuzz: $cxx not found (install clang-14 and libclang-rt-14-dev)" >&2; exit 2; }
 case "$arch" in
     x86_64) archflags="" ;;
-    i386) archflags="-m32" ;;
+    # <asm/...> from the host kernel headers, as in the i386 preset.
+    i386) archflags="-m32 -idirafter /usr/include/x86_64-linux-gnu" ;;
     *) echo "fuzz: unknown FUZZ_ARCH $arch" >&2; exit 2 ;;
 esac
 

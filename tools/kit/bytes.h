@@ -21,18 +21,37 @@ struct Bytes : std::vector<uint8_t> {
     int32_t length() const { return int32_t(size()); }
 };
 
+// Where page-guarded memory lies.  On 32-bit targets `top` puts it as high
+// in the address space as it fits and `bottom` as low, so that an address
+// formed past its end (or before its start) wraps around 2^32 instead of
+// landing in other memory; on 64-bit targets both mean anywhere.
+enum class Place { anywhere, top, bottom };
+
+// Read-write pages that end right before an inaccessible page.
+class GuardedPages {
+public:
+    explicit GuardedPages(size_t bytes, Place place = Place::anywhere);
+    ~GuardedPages();
+    GuardedPages(const GuardedPages &) = delete;
+    GuardedPages &operator=(const GuardedPages &) = delete;
+    uint8_t *end() const { return end_; }  // the first inaccessible byte
+    void readOnly() const;
+
+private:
+    uint8_t *mapping_, *end_;
+    size_t size_;
+};
+
 class GuardedInput {
 public:
-    explicit GuardedInput(const std::vector<uint8_t> &bytes);
-    ~GuardedInput();
+    explicit GuardedInput(const std::vector<uint8_t> &bytes, Place place = Place::anywhere);
     GuardedInput(const GuardedInput &) = delete;
     GuardedInput &operator=(const GuardedInput &) = delete;
     const uint8_t *data() const { return data_; }
     int32_t size() const { return size_; }
 
 private:
-    uint8_t *mapping_;
-    size_t mappingSize_;
+    GuardedPages pages_;
     const uint8_t *data_;
     int32_t size_;
 };

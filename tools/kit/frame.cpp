@@ -9,13 +9,16 @@ constexpr uint8_t kTileGuard = 0xa5;
 constexpr uint32_t kClient1 = 0x11111111, kClient2 = 0x22222222;
 }  // namespace
 
-Frame::Frame(int32_t width, int32_t height, uint32_t fillColour)
-    : width_(width), height_(height), rowWords_(size_t(width) + 2 * kGuard) {
-    store_.assign(rowWords_ * size_t(height + 2 * kGuard), kSentinel);
+Frame::Frame(int32_t width, int32_t height, uint32_t fillColour, Layout layout)
+    : width_(width), height_(height), rowWords_(size_t(width) + 2 * kGuard + size_t(layout.padWords)) {
+    const size_t words = rowWords_ * size_t(height + 2 * kGuard);
+    pages_ = std::make_unique<GuardedPages>(words * 4, layout.place);
+    store_ = reinterpret_cast<uint32_t *>(pages_->end()) - words;
+    std::fill_n(store_, words, kSentinel);
     const int32_t columns = (width + 31) / 32, rows = (height + 31) / 32;
     tiles_.assign(size_t(columns * rows + 2 * kGuard), kTileGuard);
     imgbuf &i = surface_.image;
-    i = imgbuf{store_.data() + kGuard * rowWords_ + kGuard, kClient1, kClient2, uint32_t(rowWords_ * 4),
+    i = imgbuf{store_ + kGuard * rowWords_ + kGuard, kClient1, kClient2, uint32_t(rowWords_ * 4),
                uint32_t(width), uint32_t(height)};
     surface_.dirty.tiles = tiles_.data() + kGuard;
     surface_.dirty.columns = columns;
@@ -54,11 +57,14 @@ void Frame::clearTiles() {
 }
 
 bool Frame::guardsIntact() const {
-    for (size_t y = 0; y < size_t(height_ + 2 * kGuard); ++y)
-        for (size_t x = 0; x < rowWords_; ++x) {
-            const bool inside = y >= kGuard && y < size_t(kGuard + height_) && x >= kGuard && x < size_t(kGuard + width_);
-            if (!inside && store_[y * rowWords_ + x] != kSentinel) return false;
-        }
+    // The rows above, then from the end of each image row to the start of
+    // the next (the last one runs into the rows below), then the rest.
+    const auto sentinel = [](uint32_t w) { return w == kSentinel; };
+    const uint32_t *first = store_ + kGuard * rowWords_ + kGuard, *end = store_ + rowWords_ * size_t(height_ + 2 * kGuard);
+    if (!std::all_of(static_cast<const uint32_t *>(store_), first, sentinel)) return false;
+    for (int32_t y = 0; y < height_; ++y)
+        if (!std::all_of(first + y * rowWords_ + width_, first + (y + 1) * rowWords_, sentinel)) return false;
+    if (!std::all_of(first + height_ * rowWords_, end, sentinel)) return false;
     const auto guard = [](uint8_t b) { return b == kTileGuard; };
     const uint8_t *pad = surface_.dirty.changedPad;
     return std::all_of(tiles_.begin(), tiles_.begin() + kGuard, guard) && std::all_of(tiles_.end() - kGuard, tiles_.end(), guard) &&

@@ -4,19 +4,28 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
+#include "bytes.h"
 #include "ui32.h"
 
 namespace kit {
 
 inline constexpr uint32_t kSentinel = 0xdeadbeef;
 
+// Where a frame's store lies (it ends right before an inaccessible page) and
+// how many sentinel words more than the guard band lie between its rows.
+struct Layout {
+    Place place = Place::anywhere;
+    int32_t padWords = 0;
+};
+
 class Frame {
 public:
     // width x height pixels set to `fill`; ceil(width / 32) x ceil(height /
     // 32) tiles, all clear.
-    Frame(int32_t width, int32_t height, uint32_t fill = 0);
+    Frame(int32_t width, int32_t height, uint32_t fill = 0, Layout layout = {});
     Frame(const Frame &) = delete;
     Frame &operator=(const Frame &) = delete;
 
@@ -44,7 +53,8 @@ private:
     static constexpr int32_t kGuard = 8;  // pixels left and right, rows above and below, tile bytes
     int32_t width_, height_;
     size_t rowWords_;
-    std::vector<uint32_t> store_;
+    std::unique_ptr<GuardedPages> pages_;
+    uint32_t *store_;
     std::vector<uint8_t> tiles_;
     UiSurface surface_{};
 };

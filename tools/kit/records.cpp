@@ -23,7 +23,7 @@ int GlyphCache::add(const UiGlyph &header, const std::vector<uint8_t> &bits) {
     entries_.resize(size_t(record_.entryCount) * (size_t(size_) + 8));
     uint8_t *entry = entries_.data() + size_t(index) * (size_t(size_) + 8);
     std::memcpy(entry, &header, 8);
-    std::memcpy(entry + 8, bits.data(), std::min(bits.size(), size_t(size_)));
+    if (!bits.empty()) std::memcpy(entry + 8, bits.data(), std::min(bits.size(), size_t(size_)));
     return index;
 }
 
@@ -42,7 +42,7 @@ UiGlyphIndexOrder glyphIndexOrder(const UiGlyphCache *cache, UiClipRect bk, int3
     o.bkLeft = bk.left, o.bkTop = bk.top, o.bkRight = bk.right, o.bkBottom = bk.bottom;
     o.x = x, o.y = y;
     o.cbData = int32_t(data.size());
-    std::memcpy(o.rgbData, data.data(), std::min(data.size(), sizeof o.rgbData));
+    if (!data.empty()) std::memcpy(o.rgbData, data.data(), std::min(data.size(), sizeof o.rgbData));
     o.glyphCache = cache;
     o.opRectExplicit = 1;
     return o;

@@ -2,6 +2,10 @@
 
 #include <dlfcn.h>
 
+#include <atomic>
+#include <cstdarg>
+#include <cstdio>
+
 namespace kit {
 
 const uint8_t kHatchPatterns[48] = {
@@ -19,6 +23,31 @@ SrnGet openModule(const std::string &path, std::string &error) {
     auto get = reinterpret_cast<SrnGet>(dlsym(module, "srn_get"));
     if (get == nullptr) error = path + " has no srn_get";
     return get;
+}
+
+namespace {
+std::atomic<int> printed{0};
+}
+
+int printReport(const char *level, const char *module, int site, const char *format, ...) {
+    char text[256];
+    va_list args;
+    va_start(args, format);
+    std::vsnprintf(text, sizeof text, format, args);
+    va_end(args);
+    std::fprintf(stderr, "ui32: %s %s %d: %s\n", level, module, site, text);
+    return ++printed, 0;
+}
+
+int printedReports() { return printed.load(); }
+
+bool Table::load(const std::string &path, UiLogFn log, const UiConfig &config, std::string &error) {
+    const SrnGet srnGet = openModule(path, error);
+    if (srnGet == nullptr) return false;
+    get(srnGet, log, &config);
+    for (int i = 0; i < UI_SLOT_COUNT; ++i)
+        if (slots[i] == nullptr) return error = path + ": srn_get left slot " + std::to_string(i) + " empty", false;
+    return true;
 }
 
 int32_t Table::zrleTile(int32_t subencoding, UiTileStream &t) const {

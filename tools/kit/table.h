@@ -18,10 +18,19 @@ extern const uint8_t kHatchPatterns[48];
 // dlopen(path) and its srn_get, or null with a message in `error`.
 SrnGet openModule(const std::string &path, std::string &error);
 
+// A log callback that prints each report to stderr ("ui32: ERROR ui 1250:
+// text") and counts it; the count since the process started.
+int printReport(const char *level, const char *module, int site, const char *format, ...);
+int printedReports();
+
 struct Table {
     UiDrawTable slots{};
 
     void get(SrnGet srnGet, UiLogFn log, const UiConfig *config) { srnGet(slots, log, config); }
+    // Loads the module by path as a client does (it stays loaded: the library
+    // keeps its fragment store for the process) and fills every slot; false
+    // with `error` set otherwise.
+    bool load(const std::string &path, UiLogFn log, const UiConfig &config, std::string &error);
     template <typename Fn>
     Fn slot(int index) const { return reinterpret_cast<Fn>(slots[index]); }
 

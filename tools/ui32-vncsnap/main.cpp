@@ -7,9 +7,9 @@
 #include <cstring>
 #include <string>
 
-#include "pngFile.h"
+#include "scenes.h"
 #include "session.h"
-#include "ui32Module.h"
+#include "table.h"
 
 namespace {
 
@@ -83,13 +83,15 @@ int main(int argc, char **argv) {
     }
     const std::string server = argv[optind], output = argv[optind + 1];
 
-    vncsnap::Ui32Module module;
+    // 4 bytes per pixel: the depth of the RFB pixel format this client asks
+    // for.  RFB needs no hatch patterns.
+    kit::Table table;
     std::string error;
-    if (!module.load(library, error)) {
+    if (!table.load(library, &kit::printReport, UiConfig{kit::kHatchPatterns, 4}, error)) {
         std::fprintf(stderr, "ui32-vncsnap: %s\n", error.c_str());
         return 1;
     }
-    vncsnap::Session session(module.table());
+    vncsnap::Session session(table.slots);
     if (!session.open(server, encoding, timeoutSeconds * 1000) || !session.requestUpdate(false) ||
         !session.receiveUpdate()) {
         std::fprintf(stderr, "ui32-vncsnap: %s: %s\n", server.c_str(), session.error().c_str());
@@ -101,14 +103,14 @@ int main(int argc, char **argv) {
     if (session.stats().rectangles.count(encoding) == 0)
         std::printf("note: the server answered without %s%s\n", vncsnap::encodingName(encoding),
                     session.stats().offeredKnown && !session.stats().offers(encoding) ? " (it does not offer it)" : "");
-    if (!vncsnap::writePng(output, frame.pixels.data(), frame.width, frame.height, error)) {
+    if (!kit::savePng(output, frame.pixels.data(), frame.width, frame.height, size_t(frame.width), error)) {
         std::fprintf(stderr, "ui32-vncsnap: %s\n", error.c_str());
         return 1;
     }
     std::printf("wrote %s\n", output.c_str());
-    if (vncsnap::Ui32Module::reportCount() > 0) {
+    if (kit::printedReports() > 0) {
         std::fprintf(stderr, "ui32-vncsnap: ui32 made %d reports: the picture may be incomplete\n",
-                     vncsnap::Ui32Module::reportCount());
+                     kit::printedReports());
         return 1;
     }
     return 0;

@@ -70,7 +70,10 @@ int32_t ui::decompressBitmap(int32_t width, int32_t height, const uint8_t *data,
                              int32_t *decodedPixels) {
     if (decodedPixels != nullptr) *decodedPixels = 0;
     if (dataLength < 0) return fail(Site::decodeArguments);
-    const int64_t bytes = 4 * int64_t(width) * height;
+    // The pixel count fits 63 bits; beyond the largest output it saturates,
+    // so that four times it cannot wrap into an acceptable size.
+    const int64_t pixels = int64_t(width) * height;
+    const int64_t bytes = pixels < 0 ? -1 : pixels > kMaxOutputBytes ? kMaxOutputBytes + 1 : 4 * pixels;
     const bool planar = settings.sourceBytesPerPixel == 4;
     if (planar && (dataLength == 0 || bytes <= 0 || bytes > kMaxOutputBytes)) return fail(Site::planarSize);
     // Interleaved rows refer to the row before by the width, so both sizes

@@ -17,18 +17,28 @@ namespace {
 using ui::Line;
 using ui::Site;
 
-// Delta coding: h = v >> 1, negated (as ~h) when v is odd.
-inline uint8_t deltaOf(uint8_t v) { return uint8_t((v >> 1) ^ (0u - (v & 1u))); }
+// Delta coding: h = v >> 1, negated (as ~h) when v is odd.  Only the low
+// byte counts: the sum with the byte above is stored as a byte.
+inline uint32_t deltaOf(uint32_t v) { return (v >> 1) ^ (0u - (v & 1u)); }
 
 // Stores one sample at p; the red plane stores it with a zero byte 3.
 template <bool kRed>
-inline void put(uint8_t *p, uint8_t v) {
+inline void put(uint8_t *p, uint32_t v) {
     if constexpr (kRed) {
-        const uint16_t pair = v;
+        const uint16_t pair = uint8_t(v);
         std::memcpy(p, &pair, 2);
     } else {
-        *p = v;
+        *p = uint8_t(v);
     }
+}
+
+// Pixel i = red[i] << 16 | green[i] << 8 | blue[i].
+void mergePlanes(uint32_t *__restrict out, const uint8_t *__restrict red, const uint8_t *__restrict green,
+                 const uint8_t *__restrict blue, int32_t n) {
+    int32_t i = 0;
+    for (; i + 16 <= n; i += 16)
+        for (int k = 0; k < 16; ++k) out[i + k] = uint32_t(red[i + k]) << 16 | uint32_t(green[i + k]) << 8 | blue[i + k];
+    for (; i < n; ++i) out[i] = uint32_t(red[i]) << 16 | uint32_t(green[i]) << 8 | blue[i];
 }
 
 class PlanarDecoder : public ui::rlecontext {
@@ -58,19 +68,24 @@ public:
     }
 
 private:
+    // The plane works on a copy of the reader, which the compiler can keep
+    // in registers while it stores through byte pointers.
     template <bool kRed>
     bool plane(uint8_t *row) {
-        for (int32_t y = 0; y < height; ++y, row += rowDelta)
-            if (!(y == 0 ? planeRow<kRed, true>(row) : planeRow<kRed, false>(row))) return false;
-        return true;
+        ui::streamIn in = stream;
+        bool ok = true;
+        for (int32_t y = 0; ok && y < height; ++y, row += rowDelta)
+            ok = y == 0 ? planeRow<kRed, true>(in, row) : planeRow<kRed, false>(in, row);
+        stream = in;
+        return ok;
     }
 
     // A control byte: low nibble the run, high nibble the raw count; runs of
     // 1 and 2 stand for 16 + raw and 32 + raw pixels without raw bytes.  A
     // control byte that is not there fails the plane, after its report.
-    bool segment(Line line, int32_t &raw, int32_t &run) {
-        const bool there = stream.left >= 1;
-        const uint8_t c = stream.readU8(line);
+    static bool segment(ui::streamIn &in, Line line, int32_t &raw, int32_t &run) {
+        const bool there = in.left >= 1;
+        const uint8_t c = in.readU8(line);
         raw = c >> 4;
         run = c & 0x0F;
         if (run == 1 || run == 2) {
@@ -85,26 +100,65 @@ private:
     // raw byte is the run's value (delta), 0 before the first.  A raw byte
     // that is missing is reported and counts as 0.
     template <bool kRed, bool kFirst>
-    bool planeRow(uint8_t *out) {
-        const uint8_t *above = kFirst ? out : out - rowDelta;
-        uint8_t value = 0;
-        const auto store = [&] {
-            put<kRed>(out, kFirst ? value : uint8_t(*above + value));
-            out += 4;
-            above += 4;
-        };
-        const auto take = [&](uint8_t v) { value = kFirst ? v : deltaOf(v); };
+    bool planeRow(ui::streamIn &in, uint8_t *out) const {
+        const ptrdiff_t above = -ptrdiff_t(rowDelta);  // the row before, for deltas
+        uint32_t value = 0;
         for (int32_t missing = width, raw, run; missing > 0;) {
-            if (!segment(kFirst ? Line::firstRowControl : Line::deltaRowControl, raw, run)) return false;
+            if (!segment(in, kFirst ? Line::firstRowControl : Line::deltaRowControl, raw, run)) return false;
             missing -= raw + run;
             if (missing < 0) return ui::fail(kFirst ? Site::planarRowOverrun : Site::planarDeltaOverrun);
-            if (const uint8_t *bytes = stream.take(raw))
-                for (int32_t i = 0; i < raw; ++i) take(bytes[i]), store();
+            if (const uint8_t *bytes = in.take(raw))
+                out = storeRaw<kRed, kFirst>(out, above, bytes, raw, value);
             else
-                for (int32_t i = 0; i < raw; ++i) take(stream.readU8(kFirst ? Line::firstRowRaw : Line::deltaRowRaw)), store();
-            for (int32_t i = 0; i < run; ++i) store();
+                out = storeShort<kRed, kFirst>(in, out, above, raw, value);  // copies: see storeShort
+            out = storeRun<kRed, kFirst>(out, above, run, value);
         }
         return true;
+    }
+
+    template <bool kRed, bool kFirst>
+    static uint8_t *storeRaw(uint8_t *__restrict out, ptrdiff_t above, const uint8_t *__restrict bytes, int32_t n,
+                             uint32_t &value) {
+        uint32_t v = value;
+        for (const uint8_t *end = bytes + n; bytes != end; out += 4) {
+            v = kFirst ? *bytes++ : deltaOf(*bytes++);
+            put<kRed>(out, kFirst ? v : out[above] + v);
+        }
+        value = v;
+        return out;
+    }
+
+    // Four samples per step: cores without vector units share the loop's own
+    // instructions among them.
+    template <bool kRed, bool kFirst>
+    static uint8_t *storeRun(uint8_t *out, ptrdiff_t above, int32_t n, uint32_t value) {
+        const auto one = [&](uint8_t *p) { put<kRed>(p, kFirst ? value : p[above] + value); };
+        for (uint8_t *end = out + 16 * (n >> 2); out != end; out += 16) one(out), one(out + 4), one(out + 8), one(out + 12);
+        for (uint8_t *end = out + 4 * (n & 3); out != end; out += 4) one(out);
+        return out;
+    }
+
+    // Raw bytes that are not all there: each one read on its own, reported
+    // when it is missing.  Reader and value go through copies, so that the
+    // row's own stay in registers.
+    template <bool kRed, bool kFirst>
+    static uint8_t *storeShort(ui::streamIn &in, uint8_t *out, ptrdiff_t above, int32_t n, uint32_t &value) {
+        ui::streamIn copy = in;
+        uint32_t v = value;
+        out = storeShortCold<kRed, kFirst>(copy, out, above, n, v);
+        in = copy;
+        value = v;
+        return out;
+    }
+
+    template <bool kRed, bool kFirst>
+    [[gnu::noinline]] static uint8_t *storeShortCold(ui::streamIn &in, uint8_t *out, ptrdiff_t above, int32_t n,
+                                                     uint32_t &value) {
+        for (int32_t i = 0; i < n; ++i) {
+            const uint8_t b = in.readU8(kFirst ? Line::firstRowRaw : Line::deltaRowRaw);
+            out = storeRaw<kRed, kFirst>(out, above, &b, 1, value);
+        }
+        return out;
     }
 
     // A raw-byte skip that falls short is reported by the reader and dropped;
@@ -112,7 +166,7 @@ private:
     bool skipAlphaPlane() {
         for (int32_t y = 0; y < height; ++y) {
             for (int32_t missing = width, raw, run; missing > 0;) {
-                if (!segment(Line::alphaControl, raw, run)) return false;
+                if (!segment(stream, Line::alphaControl, raw, run)) return false;
                 missing -= raw + run;
                 if (missing < 0) return ui::fail(Site::alphaOverrun);
                 stream.skip(raw);
@@ -124,11 +178,11 @@ private:
     // Three planes of n bytes (after the alpha plane's n, not checked on
     // their own); what follows them is ignored.
     int32_t rawPlanes(bool alpha) {
-        const int64_t n = dstSize / 4;
-        const uint8_t *planes = stream.take((alpha ? 4 : 3) * n);
+        const int32_t n = dstSize / 4;
+        const uint8_t *planes = stream.take((alpha ? 4 : 3) * int64_t(n));
         if (planes == nullptr) return ui::fail(Site::rawPlanes);
-        const uint8_t *red = planes + (alpha ? n : 0), *green = red + n, *blue = green + n;
-        for (int64_t i = 0; i < n; ++i) dst[i] = uint32_t(red[i]) << 16 | uint32_t(green[i]) << 8 | blue[i];
+        const uint8_t *red = planes + (alpha ? n : 0);
+        mergePlanes(dst, red, red + n, red + 2 * n, n);
         dstPos = dstSize;
         return 1;
     }

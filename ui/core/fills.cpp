@@ -11,6 +11,10 @@
 void ui::fillArea(uint32_t *p, uint32_t stride, int32_t width, int32_t height, uint32_t colour) {
     if (height <= 0) return;
     std::fill_n(p, width, colour);
+    if (width < 16) {  // narrow rows: stores cost less than a call
+        for (int32_t y = 1; y < height; ++y) std::fill_n(rowAt(p, stride, y), width, colour);
+        return;
+    }
     for (int32_t y = 1; y < height; ++y) std::memcpy(rowAt(p, stride, y), p, 4 * size_t(width));
 }
 

@@ -9,8 +9,9 @@
 namespace ui {
 
 // The one solid-fill loop: width x height pixels from p, rows stride bytes
-// apart.  The first row is stored and copied into the others, one block copy
-// per row, which libc does at memset speed.
+// apart.  Wide rows: the first is stored and copied into the others, one
+// block copy per row, which libc does at memset speed; narrow rows are
+// stored directly.
 void fillArea(uint32_t *p, uint32_t stride, int32_t width, int32_t height, uint32_t colour);
 
 // Lays the `unit` pixels at row[0] repeatedly across row[0 .. width - 1] by

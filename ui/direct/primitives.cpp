@@ -27,9 +27,12 @@ void ui::fillBufferRect(imgbuf *image, dirtybuf *dirty, const UiRect *rect, uint
 bool ui::drawChar8x16(imgbuf *image, dirtybuf *dirty, int32_t x, int32_t y, const uint8_t *cell, uint32_t colour) {
     uint32_t *p = writePtr(*image, x, y, 8, 16);
     if (p == nullptr) return fail(Site::charCell);
-    for (int32_t r = 0; r < 16; ++r)
+    for (int32_t r = 0; r < 16; ++r) {
+        const uint32_t bits = cell[r];  // read once: the stores below may alias it
+        uint32_t *row = rowAt(p, image->stride, r);
         for (int32_t c = 0; c < 8; ++c)
-            if (cell[r] & (0x80u >> c)) rowAt(p, image->stride, r)[c] = colour;
+            if (bits & (0x80u >> c)) row[c] = colour;
+    }
     markDrawn(dirty, UiRect{x, y, 8, 16});
     return true;
 }

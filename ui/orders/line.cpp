@@ -24,16 +24,19 @@ constexpr uint32_t kCarryBits = 0xC0000000;  // 1.0 and above
 
 // The pen: colour and raster operation, combined into one pixel or a span of
 // pixels.  Copy stores directly; the other operations go through the table.
+// The colour is handed in by the caller's loop, which keeps it in a register
+// (a member read after each store through the pixel pointer would be read
+// again, as the store might alias it).
 struct StorePen {
     uint32_t colour;
-    void operator()(uint32_t *p) const { *p = colour; }
+    void operator()(uint32_t *p, uint32_t c) const { *p = c; }
     void span(uint32_t *p, int32_t n) const { std::fill_n(p, n, colour); }
 };
 struct RopPen {
     uint32_t colour;
     ui::Rop2Fn op;
     void (*spanOp)(uint32_t *, uint32_t, int32_t);
-    void operator()(uint32_t *p) const { op(&colour, p); }
+    void operator()(uint32_t *p, uint32_t c) const { op(&c, p); }
     void span(uint32_t *p, int32_t n) const { spanOp(p, colour, n); }
 };
 
@@ -74,7 +77,7 @@ template <typename Pen>
 void drawPixel(UiSurface &surface, int32_t x, int32_t y, Site site, Pen pen) {
     uint32_t *p = ui::writePtr(surface.image, x, y, 1, 1);
     if (p == nullptr) return ui::report(site);
-    pen(p);
+    pen(p, pen.colour);
     ui::markRect(surface.dirty, x, y, ui::wrapAdd(x, 1), ui::wrapAdd(y, 1));
 }
 
@@ -101,10 +104,12 @@ void drawVertical(UiSurface &surface, int32_t x, int32_t y1, int32_t y2, int32_t
     const imgbuf &image = surface.image;
     uint32_t *p = ui::writePtr(image, x, int32_t(first), 1, checkedSize(n));
     if (p == nullptr) return ui::report(Site::lineVertical);
-    for (int64_t i = 0;;) {
-        pen(p);
-        if (++i == n) break;
-        p = ui::rowAt(p, image.stride, 1);
+    const uint32_t colour = pen.colour;
+    const uint32_t stride = image.stride;
+    for (uint32_t left = uint32_t(n);;) {  // n fits: the image check admitted it
+        pen(p, colour);
+        if (--left == 0) break;
+        p = ui::rowAt(p, stride, 1);
     }
     ui::markRect(surface.dirty, x, int32_t(first), ui::wrapAdd(x, 1), ui::wrapAdd(int32_t(first), n));
 }
@@ -124,13 +129,15 @@ void drawHorizontal(UiSurface &surface, int32_t y, int32_t x1, int32_t x2, int32
 
 // The stepper.  Every pixel of the run lies inside the line's bounding box,
 // which the pixel check has admitted, so p never leaves the image; it is
-// stepped only between pixels.
+// stepped only between pixels.  Kept out of line: its loop then has every
+// register it needs.
 template <typename Pen>
-void runSloped(uint8_t *p, uint32_t count, uint32_t slope, ptrdiff_t majorStep, ptrdiff_t bothStep, Pen pen) {
+[[gnu::noinline]] void runSloped(uint8_t *p, uint32_t count, uint32_t slope, ptrdiff_t majorStep, ptrdiff_t bothStep, Pen pen) {
     uint32_t error = kHalf;
+    const uint32_t colour = pen.colour;
     for (;;) {
         error += slope;
-        pen(reinterpret_cast<uint32_t *>(p));
+        pen(reinterpret_cast<uint32_t *>(p), colour);
         if (--count == 0) return;
         if (error & kCarryBits) {
             error &= ~kCarryBits;

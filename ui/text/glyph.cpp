@@ -45,11 +45,12 @@ void drawRow(uint32_t *d, const uint8_t *s, int32_t firstBit, int32_t width, uin
         d += n;
         width -= n;
     }
-    for (; width >= 8; width -= 8, d += 8, ++s) {
-        if (*s == 0xff)
+    for (; width >= 8; width -= 8, d += 8) {
+        const uint32_t byte = *s++;  // read once: the stores below may alias it
+        if (byte == 0xff)
             std::fill_n(d, 8, colour);
-        else if (*s != 0)
-            plot(d, *s, 8, colour);
+        else if (byte != 0)
+            plot(d, byte, 8, colour);
     }
     if (width > 0) plot(d, *s, width, colour);
 }
