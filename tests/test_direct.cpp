@@ -2,7 +2,6 @@
 // origin, no clip rectangle; the image checks are the only bounds.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <climits>
 
 #include "bytes.h"
@@ -114,7 +113,7 @@ TEST(ImportImage32, TakesTheFirstWidthPixelsOfEachRowUpTo32) {
         for (const uint8_t order : {0, 1}) {
             SCOPED_TRACE(testing::Message() << c.width << "x" << c.height << " rows of " << c.rowLength << ", order " << int(order));
             lib.setSourceByteOrder(order);
-            const kit::Bytes bytes = sourcePixels(std::max(0, (c.rows - 1) * c.rowLength + c.columns));
+            const kit::Bytes bytes = sourcePixels(c.rows ? (c.rows - 1) * c.rowLength + c.columns : 0);
             const kit::GuardedInput src(bytes);  // ends right after the last pixel used
             std::vector<uint32_t> words(37 + 32 * 3 + 8, 0x5eed5eed);  // room for three rows, then a guard
             words[2] = uint32_t(c.width), words[3] = uint32_t(c.height);
