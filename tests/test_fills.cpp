@@ -101,30 +101,6 @@ TEST(RasterOperations, EverySlotAppliesTheOperationOfTheCodesLowBits) {
     }
 }
 
-// Phases 0-7 come from PatBlt (below); the others reach the fill only directly.
-TEST(PatternFill, ChecksTheRectangleThenEachPhaseInTurn) {
-    test::Library lib;
-    const uint8_t pattern[8] = {0x80, 0, 0, 0, 0, 0, 0, 0x01};
-    const UiPatBltOrder order{0, 0, 0, 0, 12, {1, 2, 3}, {4, 5, 6}};
-    const struct {
-        UiRect rect;
-        int32_t x, y;
-        Trail trail;
-    } cases[] = {{{0, 0, 4, 4}, 8, 8, kit::trail({S::xPhaseHigh})},  {{0, 0, 4, 4}, -1, 8, kit::trail({S::xPhaseLow})},
-                 {{0, 0, 4, 4}, 0, -1, kit::trail({S::yPhaseLow})},  {{0, 0, 4, 4}, 7, 8, kit::trail({S::yPhaseHigh})},
-                 {{0, 0, 9, 4}, 9, 0, kit::trail({S::imageWrite, S::fillPattern})},
-                 {{0, 0, 2, 2}, 7, 7, {}}};  // row 7 column 7, then row and column 0
-    for (const auto &c : cases) {
-        kit::Frame f(8, 8, 9);
-        kit::LogCapture log;
-        ui::fillPattern8x8(f.image(), order, c.rect, c.x, c.y, pattern);
-        EXPECT_EQ(log.trail(), c.trail) << c.x << "," << c.y;
-        std::vector<uint32_t> want(64, 9);
-        if (c.trail.empty()) want[0] = want[9] = 0x010203, want[1] = want[8] = 0x040506;
-        EXPECT_EQ(f.pixels(), want);
-    }
-}
-
 constexpr uint32_t kBack = 0x0f0f0f, kOne = 0x010203, kZero = 0x0a0b0c;
 const uint8_t kMono[8] = {0x81, 0x42, 0x24, 0x18, 0xf0, 0x0f, 0xaa, 0x55};
 
@@ -176,8 +152,7 @@ TEST(Brushes, PatternsRepeatEveryEightPixelsFromTheirAnchor) {
                     for (int32_t x = left; x < std::min(33, o.clip.right + 1); ++x) {
                         const bool one = k.pattern && k.pattern[(int64_t(o.y) + y) % 8] & (0x80 >> ((int64_t(o.x) + x) % 8));
                         uint32_t &p = want[size_t(y * 40 + x)];
-                        p = k.pattern ? truth(rop & 15, one ? kOne : kZero, p)
-                                                             : uint32_t(0x100000 * ((y - top) % 8) + (x - left) % 8 + 1);
+                        p = k.pattern ? truth(rop & 15, one ? kOne : kZero, p) : uint32_t(0x100000 * ((y - top) % 8) + (x - left) % 8 + 1);
                     }
                 EXPECT_EQ(f.pixels(), want);
                 EXPECT_TRUE(log.trail().empty());
@@ -185,46 +160,53 @@ TEST(Brushes, PatternsRepeatEveryEightPixelsFromTheirAnchor) {
             }
 }
 
-// Refused brushes draw nothing; their tiles are marked only when a fill was attempted.
+// Refused brushes draw nothing; their tiles are marked only when a fill was
+// attempted.  Phases outside 0-7 other than negative ones reach the pattern
+// fill only directly ('f'): it checks the rectangle, then each phase in turn.
 TEST(Brushes, RefusalsAndWhichOfThemMarkTiles) {
     test::Library lib;
     const kit::GuardedInput data(kit::Bytes(256, 0x44));
     const struct {
         int32_t style;
         uint8_t byte0;
-        bool hasData;
         int32_t orgX, orgY, left;
-        bool noPixels, noHatches;
+        char setup;  // 'd' no brush data, 'h' no hatch table, 'p' no pixels, 'f' fillPattern8x8 with the phases
         Trail trail;
         std::vector<int> tiles;
     } cases[] = {
-        {1, 0, true, 0, 0, 3, false, false, {kit::entry(S::unsupportedBrush, "Unsupported brush 1.")}},
-        {0x83, 0, true, 0, 0, 3, false, false, {kit::entry(S::brushStyle, "Brush style 0x0083.")}},
-        {-1, 0, true, 0, 0, 3, false, false, {kit::entry(S::brushStyle, "Brush style 0xffffffff.")}},  // bit 0x80 first
-        {0x81, 0, false, 0, 0, 3, false, false, kit::trail({S::noBrushData})},
-        {0x85, 0, false, 0, 0, 3, false, false, kit::trail({S::noBrushData})},
-        {2, 6, true, 0, 0, 3, false, false, kit::trail({S::hatch})},
-        {2, 255, true, 0, 0, 3, false, false, kit::trail({S::hatch})},
-        {2, 0, true, 0, 0, 3, false, true, kit::trail({S::hatch})},  // no hatch table
-        {3, 0, true, -20, 0, 3, false, false, kit::trail({S::xPhaseLow}), {0, 1}},
-        {0x81, 0, true, 0, -9, 3, false, false, kit::trail({S::yPhaseLow}), {0, 1}},
-        {2, 0, true, -20, -9, 3, false, false, kit::trail({S::xPhaseLow}), {0, 1}},
-        {3, 0, true, 0, 0, 30, false, false, kit::trail({S::imageWrite, S::fillPattern}), {0, 1}},
-        {0x85, 0, true, 0, 0, 30, false, false, kit::trail({S::imageWrite, S::colourPattern}), {0, 1}},
-        {0x85, 0, true, 0, 0, 3, true, false, kit::trail({S::colourPattern}), {0, 1}},
-        {0, 0, true, 0, 0, 3, true, false, kit::trail({S::fillSolid})},
+        {1, 0, 0, 0, 3, 0, {kit::entry(S::unsupportedBrush, "Unsupported brush 1.")}},
+        {0x83, 0, 0, 0, 3, 0, {kit::entry(S::brushStyle, "Brush style 0x0083.")}},
+        {-1, 0, 0, 0, 3, 0, {kit::entry(S::brushStyle, "Brush style 0xffffffff.")}},  // bit 0x80 first
+        {0x81, 0, 0, 0, 3, 'd', kit::trail({S::noBrushData})},
+        {0x85, 0, 0, 0, 3, 'd', kit::trail({S::noBrushData})},
+        {2, 6, 0, 0, 3, 0, kit::trail({S::hatch})},
+        {2, 255, 0, 0, 3, 0, kit::trail({S::hatch})},
+        {2, 0, 0, 0, 3, 'h', kit::trail({S::hatch})},
+        {3, 0, -20, 0, 3, 0, kit::trail({S::xPhaseLow}), {0, 1}},
+        {0x81, 0, 0, -9, 3, 0, kit::trail({S::yPhaseLow}), {0, 1}},
+        {2, 0, -20, -9, 3, 0, kit::trail({S::xPhaseLow}), {0, 1}},
+        {3, 0, 0, 0, 30, 0, kit::trail({S::imageWrite, S::fillPattern}), {0, 1}},
+        {0x85, 0, 0, 0, 30, 0, kit::trail({S::imageWrite, S::colourPattern}), {0, 1}},
+        {0x85, 0, 0, 0, 3, 'p', kit::trail({S::colourPattern}), {0, 1}},
+        {0, 0, 0, 0, 3, 'p', kit::trail({S::fillSolid})},
+        {3, 0, 8, 8, 3, 'f', kit::trail({S::xPhaseHigh})},  {3, 0, -1, 8, 3, 'f', kit::trail({S::xPhaseLow})},
+        {3, 0, 7, 8, 3, 'f', kit::trail({S::yPhaseHigh})},  {3, 0, 0, -1, 3, 'f', kit::trail({S::yPhaseLow})},
+        {3, 0, 9, 0, 30, 'f', kit::trail({S::imageWrite, S::fillPattern})},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(testing::Message() << "style " << c.style << " " << int(c.byte0) << " " << c.trail.back());
         kit::Frame f(40, 20, kBack);
         uint32_t *pixels = f.image().pixels;
-        if (c.noPixels) f.image().pixels = nullptr;
-        ui::settings.hatchPatterns = c.noHatches ? nullptr : kit::kHatchPatterns;
+        if (c.setup == 'p') f.image().pixels = nullptr;
+        ui::settings.hatchPatterns = c.setup == 'h' ? nullptr : kit::kHatchPatterns;
         UiPatBltOrder order = brush(c.style);
-        order.brushBytes[0] = c.byte0, order.brushData = c.hasData ? data.data() : nullptr;
+        order.brushBytes[0] = c.byte0, order.brushData = c.setup == 'd' ? nullptr : data.data();
         order.brushOrgX = c.orgX, order.brushOrgY = c.orgY, order.left = c.left;
         kit::LogCapture log;
-        lib.patBlt(f.surface(), order, UiClipRect{0, 0, 99, 99});
+        if (c.setup == 'f')
+            ui::fillPattern8x8(f.image(), order, {c.left, 2, 30, 12}, c.orgX, c.orgY, kMono);
+        else
+            lib.patBlt(f.surface(), order, UiClipRect{0, 0, 99, 99});
         f.image().pixels = pixels;
         EXPECT_EQ(log.trail(), c.trail);
         EXPECT_EQ(f.pixels(), std::vector<uint32_t>(40 * 20, kBack));
