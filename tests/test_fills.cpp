@@ -44,8 +44,9 @@ TEST(RasterOperations, TableFollowsTheTruthTables) {
     }
 }
 
-// Each slot over the rectangle (8, 4, 21, 9) of a 40 x 24 frame of random
-// colours, and the source value it combines with the pixel at (x, y).
+// Each slot over the rectangle (8, 4, 18 + code % 4, 9) of a 40 x 24 frame of
+// random colours (rows of every length modulo 4), and the source value it
+// combines with the pixel at (x, y).
 struct RopSlot {
     const char *name;
     std::function<void(const test::Library &, kit::Frame &, int32_t code)> draw;
@@ -61,17 +62,17 @@ TEST(RasterOperations, EverySlotAppliesTheOperationOfTheCodesLowBits) {
     const kit::GuardedInput bmp(kit::Bytes(reinterpret_cast<uint8_t *>(&bitmap[0]), reinterpret_cast<uint8_t *>(&bitmap[0] + bitmap.size())));
     // ScrBlt's source overlaps the destination: each direction against a copy through a separate buffer.
     const auto scr = [](int32_t dx, int32_t dy) {
-        return RopSlot{"scrBlt", [=](auto &l, auto &f, int32_t code) { l.scrBlt(f.surface(), {8, 4, 21, 9, code, 8 + dx, 4 + dy}, f.all()); },
+        return RopSlot{"scrBlt", [=](auto &l, auto &f, int32_t code) { l.scrBlt(f.surface(), {8, 4, 18 + code % 4, 9, code, 8 + dx, 4 + dy}, f.all()); },
                        [=](auto &b, int32_t x, int32_t y) { return b[size_t((y + dy) * 40 + x + dx)]; }};
     };
     const RopSlot slots[] = {
-        {"dstBlt", [](auto &l, auto &f, int32_t code) { l.dstBlt(f.surface(), {8, 4, 21, 9, code}, f.all()); },
+        {"dstBlt", [](auto &l, auto &f, int32_t code) { l.dstBlt(f.surface(), {8, 4, 18 + code % 4, 9, code}, f.all()); },
          [](auto &, int32_t, int32_t) { return 0xffffffu; }},
-        {"patBlt", [](auto &l, auto &f, int32_t code) { l.patBlt(f.surface(), {8, 4, 21, 9, code, {}, {0x5a, 0xc3, 0x96}}, f.all()); },
+        {"patBlt", [](auto &l, auto &f, int32_t code) { l.patBlt(f.surface(), {8, 4, 18 + code % 4, 9, code, {}, {0x5a, 0xc3, 0x96}}, f.all()); },
          [](auto &, int32_t, int32_t) { return 0x5ac396u; }},
         scr(1, 0), scr(-1, 0), scr(0, 1), scr(0, -1), scr(3, 2), scr(-3, -2), scr(3, -2), scr(-3, 2),
         {"memBlt", [&](auto &l, auto &f, int32_t code) {
-             l.memBlt(f.surface(), {0, 8, 4, 21, 9, code, 2, 3, 0, 32, 16, reinterpret_cast<const uint32_t *>(bmp.data())}, f.all()); },
+             l.memBlt(f.surface(), {0, 8, 4, 18 + code % 4, 9, code, 2, 3, 0, 32, 16, reinterpret_cast<const uint32_t *>(bmp.data())}, f.all()); },
          [&](auto &, int32_t x, int32_t y) { return bitmap[size_t((15 - (y - 4 + 3)) * 32 + x - 8 + 2)]; }},
     };
     for (const RopSlot &slot : slots)
@@ -83,7 +84,7 @@ TEST(RasterOperations, EverySlotAppliesTheOperationOfTheCodesLowBits) {
             slot.draw(lib, f, index * 0x11);
             std::vector<uint32_t> want = before;
             for (int32_t y = 4; y < 13; ++y)
-                for (int32_t x = 8; x < 29; ++x) want[size_t(y * 40 + x)] = truth(index, slot.source(before, x, y), before[size_t(y * 40 + x)]);
+                for (int32_t x = 8; x < 26 + index % 4; ++x) want[size_t(y * 40 + x)] = truth(index, slot.source(before, x, y), before[size_t(y * 40 + x)]);
             EXPECT_EQ(f.pixels(), want);
             EXPECT_TRUE(log.trail().empty());
             EXPECT_EQ(f.markedTiles(), (std::vector<int>{0}));
