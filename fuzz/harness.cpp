@@ -121,24 +121,18 @@ kit::Table table;
 const kit::GuardedInput hatch(kit::Bytes(kit::kHatchPatterns, kit::kHatchPatterns + 48));
 
 // srn_get; a new fragment store replaces the old one, which the harness
-// frees (the library never does) so that inputs do not leak.
-void start(const UiConfig *config) {
+// frees (the library never does) so that inputs do not leak.  Every input
+// starts from fresh settings, an empty fragment store and no reports.
+void start(const UiConfig *config, bool fresh = false) {
     uint8_t *old = ui::settings.scratchBuffer;
+    if (fresh) ui::settings = ui::Settings{}, reports = drawn = 0;
     table.get(srn_get, logReport, config);
     if (ui::settings.scratchBuffer != old) std::free(old);
 }
 
-// Every input starts from fresh settings and an empty fragment store.
-void fresh(int32_t bytesPerPixel) {
-    std::free(ui::settings.scratchBuffer);
-    ui::settings = ui::Settings{};
-    reports = drawn = 0;
-    const UiConfig config{hatch.data(), bytesPerPixel};
-    start(&config);
-}
-
 // One input: its reader, the frame, where records go and what was handed over.
 struct Input {
+    explicit Input(Reader &reader) : in(reader) {}
     Reader &in;
     Memory *records = nullptr;
     std::unique_ptr<kit::Frame> frame;
@@ -160,19 +154,14 @@ struct Input {
         const auto *p = reinterpret_cast<const uint8_t *>(&record);
         return reinterpret_cast<const T *>(keep(kit::Bytes(p, p + sizeof record)));
     }
-    // The first `count` 32-bit words of a record, each a num().
+    // The record with its first `count` 32-bit words read, each a num().
     template <typename T>
-    T &fill(T &record, size_t count = sizeof(T) / 4) {
+    T fill(T record, size_t count = sizeof(T) / 4) {
         for (size_t i = 0; i < count; ++i) {
             const int32_t word = in.num();
             std::memcpy(reinterpret_cast<uint8_t *>(&record) + 4 * i, &word, 4);
         }
         return record;
-    }
-    template <typename T>
-    T words() {
-        T record{};
-        return fill(record);
     }
     dirtybuf *dirtyOrNull() { return in.u8() & 1 ? nullptr : &frame->dirty(); }
 };
@@ -199,7 +188,8 @@ void setUp(Input &s) {
     if (variant & 2) surface.dirty.tiles = nullptr;
     surface.dirty.columns -= variant >> 2 & 1;
     surface.dirty.rows -= variant >> 3 & 1;
-    fresh(in.num());
+    const UiConfig config{hatch.data(), in.num()};
+    start(&config, true);
     table.setSourceByteOrder(in.u8());
 
     // Entries laid out at the size declared (0-1024), or a negative size
@@ -243,21 +233,19 @@ void call(Input &s, int slot) {
     UiSurface &surface = s.frame->surface();
     imgbuf *image = &surface.image;
     const bool clipped = slot >= UI_SLOT_DST_BLT && slot <= UI_SLOT_MEM_BLT && slot != UI_SLOT_DECODE_BITMAP;
-    const UiClipRect *clip = clipped ? s.ro(in.u8() & 1 ? s.words<UiClipRect>() : s.frame->all()) : nullptr;
+    const UiClipRect *clip = clipped ? s.ro(in.u8() & 1 ? s.fill(UiClipRect{}) : s.frame->all()) : nullptr;
     switch (slot) {
         case UI_SLOT_BITMAP_UPDATE: {
-            UiBitmapData b{};
-            s.fill(b, 8);
+            UiBitmapData b = s.fill(UiBitmapData{}, 8);
             const int32_t stated = in.num();
             const kit::Bytes data = in.blob();
             b.bitmapLength = std::min(stated, data.length());  // the data holds what the record states
             b.bitmapDataStream = s.keep(data);
             return table.bitmapUpdate(surface, *s.ro(b));
         }
-        case UI_SLOT_DST_BLT: return table.dstBlt(surface, *s.ro(s.words<UiDstBltOrder>()), *clip);
+        case UI_SLOT_DST_BLT: return table.dstBlt(surface, *s.ro(s.fill(UiDstBltOrder{})), *clip);
         case UI_SLOT_PAT_BLT: {
-            UiPatBltOrder o{};
-            s.fill(o, 16);  // up to the brush data
+            UiPatBltOrder o = s.fill(UiPatBltOrder{}, 16);  // up to the brush data
             // The client resolves a cached brush: 8 bytes or 64 pixels.
             const int32_t style = o.brushStyle;
             kit::Bytes brush = in.blob();
@@ -265,12 +253,11 @@ void call(Input &s, int slot) {
             o.brushData = in.u8() & 1 ? nullptr : s.keep(brush);
             return table.patBlt(surface, *s.ro(o), *clip);
         }
-        case UI_SLOT_SCR_BLT: return table.scrBlt(surface, *s.ro(s.words<UiScrBltOrder>()), *clip);
-        case UI_SLOT_DRAW_LINE: return table.drawLine(surface, *s.ro(s.words<UiLineOrder>()), *clip);
-        case UI_SLOT_OPAQUE_RECT: return table.opaqueRect(surface, *s.ro(s.words<UiOpaqueRectOrder>()), *clip);
+        case UI_SLOT_SCR_BLT: return table.scrBlt(surface, *s.ro(s.fill(UiScrBltOrder{})), *clip);
+        case UI_SLOT_DRAW_LINE: return table.drawLine(surface, *s.ro(s.fill(UiLineOrder{})), *clip);
+        case UI_SLOT_OPAQUE_RECT: return table.opaqueRect(surface, *s.ro(s.fill(UiOpaqueRectOrder{})), *clip);
         case UI_SLOT_GLYPH_INDEX: {
-            UiGlyphIndexOrder o = kit::glyphIndexOrder(s.cache, {}, 0, 0, {});
-            s.fill(o, 20);  // up to cbData
+            UiGlyphIndexOrder o = s.fill(kit::glyphIndexOrder(s.cache, {}, 0, 0, {}), 20);  // up to cbData
             const int32_t cbData = in.num();
             o.opRectExplicit = in.u8();
             const kit::Bytes text = in.blob();
@@ -279,8 +266,7 @@ void call(Input &s, int slot) {
             return table.glyphIndex(surface, *s.ro(o), *clip);
         }
         case UI_SLOT_FAST_GLYPH: {
-            UiFastGlyphOrder o = kit::fastGlyphOrder(s.cache, {}, 0, 0, 0);
-            s.fill(o, 20);  // up to cbData
+            UiFastGlyphOrder o = s.fill(kit::fastGlyphOrder(s.cache, {}, 0, 0, 0), 20);  // up to cbData
             o.rgbData[0] = in.u8();
             return table.fastGlyph(surface, *s.ro(o), *clip);
         }
@@ -299,8 +285,7 @@ void call(Input &s, int slot) {
             return check(result == 0 || result == 1, "decodeBitmap returned neither 0 nor 1");
         }
         case UI_SLOT_MEM_BLT: {
-            UiMemBltOrder o{};
-            s.fill(o, 11);
+            UiMemBltOrder o = s.fill(UiMemBltOrder{}, 11);
             o.bitmapWidth = int32_t(uint32_t(o.bitmapWidth) % 257), o.bitmapHeight = int32_t(uint32_t(o.bitmapHeight) % 257);
             kit::Bytes pixels(size_t(o.bitmapWidth) * size_t(o.bitmapHeight) * 4);
             for (size_t i = 0; i < pixels.size(); ++i) pixels[i] = uint8_t(i * 7 + 1);
@@ -309,7 +294,7 @@ void call(Input &s, int slot) {
         }
         case UI_SLOT_SET_SOURCE_BYTES_PER_PIXEL_4: return table.setSourceBytesPerPixel4();
         case UI_SLOT_FILL_BUFFER_RECT: {
-            const UiRect *r = s.ro(s.words<UiRect>());
+            const UiRect *r = s.ro(s.fill(UiRect{}));
             dirtybuf *dirty = s.dirtyOrNull();
             return table.fillBufferRect(image, dirty, *r, uint32_t(in.num()));
         }
@@ -331,22 +316,21 @@ void call(Input &s, int slot) {
         }
         case UI_SLOT_SET_SOURCE_BYTE_ORDER: return table.setSourceByteOrder(in.u8());
         case UI_SLOT_PUT_PIXELS: {
-            const UiRect r = s.words<UiRect>();
+            const UiRect r = s.fill(UiRect{});
             kit::Bytes src = in.blob();  // width x height pixels; no frame holds 65,536
             const int64_t pixels = r.width < 0 || r.height < 0 ? 0 : int64_t(r.width) * r.height;
             src.resize(pixels <= 65536 ? size_t(pixels) * 4 : 0, 0x5a);
             return (void)table.putPixels(image, &s.frame->dirty(), *s.ro(r), s.keep(src));
         }
         case UI_SLOT_COPY_RECT: {
-            const UiRect *r = s.ro(s.words<UiRect>());
+            const UiRect *r = s.ro(s.fill(UiRect{}));
             const int32_t x = in.num(), y = in.num();
             return (void)table.copyRect(image, &s.frame->dirty(), *r, x, y);
         }
         case UI_SLOT_ZRLE_RAW_TILE ... UI_SLOT_ZRLE_PALETTE_RLE_TILE: {
             // The sub-encoding byte picks the entry point as the client
             // dispatches it (0, 1, 2-127, 128, 129-255).
-            UiTileStream t{};
-            s.fill(t, 4);
+            UiTileStream t = s.fill(UiTileStream{}, 4);
             const uint8_t sub = in.u8(), nulls = in.u8();
             const kit::Bytes body = in.blob();
             t.image = nulls & 1 ? nullptr : image;
@@ -376,7 +360,7 @@ void call(Input &s, int slot) {
             return;
         }
         case UI_SLOT_HEXTILE_RECT: {
-            const UiRect *r = s.ro(s.words<UiRect>());
+            const UiRect *r = s.ro(s.fill(UiRect{}));
             source.body = in.blob(), source.at = 0, source.failed = false;
             const int32_t result = table.hextileRect(image, &s.frame->dirty(), *r, readHextile);
             check(result == 0 || result == 1, "hextileRect returned neither 0 nor 1");
@@ -395,7 +379,7 @@ void call(Input &s, int slot) {
 // handed over are unchanged; for a call given the frame, its guards, tile
 // map and surface record are as they may be.
 void session(Reader &in, const std::vector<int> &slots) {
-    Input s{in, nullptr, nullptr};
+    Input s(in);
     setUp(s);
     UiSurface &surface = s.frame->surface();
     const size_t held = s.given.size();
@@ -433,7 +417,8 @@ void session(Reader &in, const std::vector<int> &slots) {
 // the stream.  Whatever the peer decodes, ui32 decodes to the same pixels
 // (bits 0-23; its array is bottom-up, the peer's top-down).
 void differential(Reader &in, bool planar) {
-    fresh(planar ? 4 : 3);
+    const UiConfig config{hatch.data(), planar ? 4 : 3};
+    start(&config, true);
     const int32_t width = 1 + in.u8() % 64, height = 1 + in.u8() % 64;
     kit::Bytes data = in.rest();
     data.resize(std::min(data.size(), kWindowBytes));
