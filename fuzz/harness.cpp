@@ -1,5 +1,6 @@
 // The fuzz harness: the libFuzzer targets (one binary, run under the name of
-// the target), also compiled into the regression replay test.  An input is a frame buffer, the settings and a glyph cache, then
+// the target), also compiled into the regression replay test and the seed
+// writer.  An input is a frame buffer, the settings and a glyph cache, then
 // a sequence of calls to the drawing table; every record is decoded from it
 // with the kit's builders and handed over right before an inaccessible page;
 // after every call the blocks the library only reads, the frame's guard
@@ -11,6 +12,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "bytes.h"
@@ -24,11 +26,6 @@
 #endif
 
 namespace fuzz {
-
-inline constexpr int32_t kEdges[32] = {INT32_MIN, INT32_MIN + 1, INT32_MAX, INT32_MAX - 1, -32768, -32769, 32767, 32768,
-                                       65535, 65536, -65536, -1, 0x40000000, 0x3fffffff, -0x40000000, 0x7fff8000,
-                                       255, 256, 0x01000000, 0x00ffffff, 0x20000000, 0x1fffffff, 0x7ffffff0, -0x7ffffff0,
-                                       46341, 65537, 0x4000000, 0x55555556, -2, 0x8000, 0x10000000, -0x10000000};
 
 // Little-endian fields; past the end every read gives zeros.
 class Reader {
@@ -46,10 +43,7 @@ public:
     }
     // One byte for -64..127, or a tag byte and an edge value of the 16- and
     // 32-bit ranges, a 16-bit or a 32-bit value.
-    int32_t num() {
-        const uint8_t tag = u8();
-        return tag < 0xc0 ? int32_t(tag) - 0x40 : tag < 0xe0 ? kEdges[tag & 31] : tag < 0xf0 ? int16_t(u16()) : int32_t(u32());
-    }
+    int32_t num();
     kit::Bytes blob() {  // a 16-bit length, then that many bytes (fewer at the end)
         const size_t n = std::min<size_t>(u16(), size_t(end_ - p_));
         return p_ += n, kit::Bytes(p_ - n, p_);
@@ -80,6 +74,11 @@ struct Agreement {
 } agreement[2] = {};
 
 namespace {
+
+const int32_t kEdges[32] = {INT32_MIN, INT32_MIN + 1, INT32_MAX, INT32_MAX - 1, -32768, -32769, 32767, 32768,
+                            65535, 65536, -65536, -1, 0x40000000, 0x3fffffff, -0x40000000, 0x7fff8000,
+                            255, 256, 0x01000000, 0x00ffffff, 0x20000000, 0x1fffffff, 0x7ffffff0, -0x7ffffff0,
+                            46341, 65537, 0x4000000, 0x55555556, -2, 0x8000, 0x10000000, -0x10000000};
 
 void check(bool ok, const char *what) {
     if (!ok) onFailure(what);
@@ -470,6 +469,23 @@ void family(Reader &in) {
 }
 
 }  // namespace
+
+int32_t Reader::num() {
+    const uint8_t tag = u8();
+    if (tag < 0xc0) return int32_t(tag) - 0x40;
+    if (tag < 0xe0) return kEdges[tag & 31];
+    if (tag < 0xf0) return int16_t(u16());
+    return int32_t(u32());
+}
+
+// The writer's side, for the seeds.
+kit::Bytes &num(kit::Bytes &out, int32_t v) {
+    if (v >= -64 && v <= 127) return out({uint8_t(v + 0x40)});
+    if (v == int16_t(v)) return out({0xe0}).u16(uint32_t(v));
+    return out({0xf0}).u16(uint32_t(v)).u16(uint32_t(v) >> 16);
+}
+
+kit::Bytes &blob(kit::Bytes &out, const kit::Bytes &bytes) { return out.u16(uint32_t(bytes.size()))(bytes); }
 
 const std::vector<Target> kTargets = {  // in the order of fuzz/targets.txt
     {"bitmap_update", family<0, 10, 15>},
