@@ -2,6 +2,8 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
+#include <string>
 
 namespace bench {
 
@@ -25,6 +27,23 @@ kit::Table &mutableTable() {
     return t;
 }
 
+// srn_get of the linked library, or of the module named by UI32_BENCH_MODULE
+// (another build of ui32.so, measured with the same benchmarks).
+kit::SrnGet srnGet() {
+    static const kit::SrnGet get = [] {
+        const char *path = std::getenv("UI32_BENCH_MODULE");
+        if (path == nullptr || *path == 0) return kit::SrnGet(srn_get);
+        std::string error;
+        const kit::SrnGet module = kit::openModule(path, error);
+        if (module == nullptr) {
+            std::fprintf(stderr, "bench: %s\n", error.c_str());
+            std::exit(1);
+        }
+        return module;
+    }();
+    return get;
+}
+
 int32_t currentDepth = 0;
 
 }  // namespace
@@ -43,7 +62,7 @@ void depth(int32_t bytesPerPixel) {
         // with a configuration, as a client makes on a new connection (each
         // reserves a new 64 KiB fragment store: a few MiB over a whole run).
         const UiConfig config{kit::kHatchPatterns, bytesPerPixel};
-        mutableTable().get(srn_get, logReport, &config);
+        mutableTable().get(srnGet(), logReport, &config);
     }
     currentDepth = bytesPerPixel;
 }

@@ -21,7 +21,8 @@
 
 namespace bench {
 
-// The drawing table, filled by srn_get with the standard hatch patterns.  A
+// The drawing table, filled by srn_get with the standard hatch patterns: the
+// linked library's, or with UI32_BENCH_MODULE=<path> another ui32.so's.  A
 // benchmark run must produce no report: any report is a fault in the
 // benchmark's input and makes the run fail.
 const kit::Table &table();
