@@ -2,7 +2,12 @@
 // degrees, shallow and steep, one clipped by a window's clip rectangle, and
 // one with xor; the solid hLine / vLine primitives beside them.  Each sloped
 // line is compared with a plain per-pixel stepper drawing the same pixels.
+#include <algorithm>
+#include <cstdio>
 #include <cstdlib>
+#include <functional>
+#include <utility>
+#include <vector>
 
 #include "harness.h"
 
@@ -81,7 +86,9 @@ __attribute__((noinline)) void stepLine(uint32_t *p, ptrdiff_t stride, int32_t d
     }
 }
 
-void stepper(benchmark::State &state, const Line &l) {
+// The stepper's call for the line: from its first visible pixel, as many
+// pixels as drawLine draws.
+std::function<void()> stepFor(const Line &l) {
     const int32_t dx = l.x2 - l.x1, dy = l.y2 - l.y1;
     int32_t x = l.x1, y = l.y1;
     if (x < l.clip.left) {  // the clipped line enters through the left edge
@@ -92,12 +99,44 @@ void stepper(benchmark::State &state, const Line &l) {
     uint32_t *start = &f.at(x, y);
     const ptrdiff_t stride = f.image().stride / 4;
     const int32_t n = int32_t(drawn(l));
-    repeat(state, n, [&] {
-        if (l.rop == kRopXor)
-            stepLine<true>(start, stride, dx, dy, n, kPen);
-        else
-            stepLine<false>(start, stride, dx, dy, n, kPen);
+    if (l.rop == kRopXor) return [=] { stepLine<true>(start, stride, dx, dy, n, kPen); };
+    return [=] { stepLine<false>(start, stride, dx, dy, n, kPen); };
+}
+
+void stepper(benchmark::State &state, const Line &l) {
+    const std::function<void()> step = stepFor(l);
+    repeat(state, drawn(l), step);
+}
+
+// Before anything is measured: the stepper must draw as many pixels as
+// drawLine along the same line, each at most one step across it from
+// drawLine's (the two may round differently), else the comparison is
+// meaningless.
+void requireSameLine(const Line &l) {
+    kit::Frame &f = desk();
+    const bool xMajor = std::abs(l.x2 - l.x1) > std::abs(l.y2 - l.y1);
+    const auto drawnBy = [&](auto draw) {
+        f.fill(0);
+        draw();
+        std::vector<std::pair<int32_t, int32_t>> pixels;  // (major, minor), by major
+        for (int32_t y = 0; y < f.height(); ++y)
+            for (int32_t x = 0; x < f.width(); ++x)
+                if (f.at(x, y) != 0) pixels.push_back(xMajor ? std::pair{x, y} : std::pair{y, x});
+        std::sort(pixels.begin(), pixels.end());
+        return pixels;
+    };
+    const auto ours = drawnBy([&] {
+        const UiLineOrder order{l.x1, l.y1, l.x2, l.y2, l.rop, {kPen >> 16, (kPen >> 8) & 0xff, kPen & 0xff}};
+        table().drawLine(f.surface(), order, l.clip);
     });
+    const auto reference = drawnBy([&] { stepFor(l)(); });
+    bool same = ours.size() == reference.size() && int64_t(ours.size()) == drawn(l);
+    for (size_t i = 0; same && i < ours.size(); ++i)
+        same = ours[i].first == reference[i].first && std::abs(ours[i].second - reference[i].second) <= 1;
+    if (!same) {
+        std::fprintf(stderr, "bench: the plain stepper does not draw the line %s as drawLine does\n", l.name);
+        std::exit(1);
+    }
 }
 
 void drawLine(benchmark::State &state, const Line &l) {
@@ -129,6 +168,7 @@ void registerLines() {
             add({name, draw});
             continue;
         }
+        requireSameLine(l);
         const std::string ref = std::string("lines/plain stepper ") + l.name + size;
         add({ref, [&l](benchmark::State &st) { stepper(st, l); }});
         add({name, draw, ref, l.rop == kRopCopy ? kStepperTarget : 0});
