@@ -14,11 +14,10 @@ void pixel(const uint32_t *s, uint32_t *d) {
     *d = ui::rop2(I, *s, *d);
 }
 
-// Four pixels per step, all loads first: on cores without vector units the
-// loads pair up and the loop's own instructions are shared by four pixels.
+// Without vector units, four pixels per step, all loads first (kVectorLoops).
 // A source row that overlaps the destination is walked in the direction that
-// reads every pixel before it is overwritten; within a step the loads still
-// come before the stores that could reach them.
+// reads every pixel before it is overwritten; within a step the loads come
+// before the stores that could reach them (vector loops check for overlap).
 template <int I>
 inline void four(uint32_t *d, const uint32_t *s, bool solid) {
     uint32_t sv[4], dv[4];
@@ -28,33 +27,33 @@ inline void four(uint32_t *d, const uint32_t *s, bool solid) {
 
 template <int I>
 void solid(uint32_t *d, uint32_t s, int32_t n) {
-    if constexpr (I == ui::kRopCopy) {
-        ui::fillRow(d, n, s);
-    } else {
+    if constexpr (I == ui::kRopCopy) return ui::fillRow(d, n, s);
+    if constexpr (!ui::kVectorLoops) {
         for (uint32_t *end = d + (n & ~3); d != end; d += 4) four<I>(d, &s, true);
-        for (int32_t i = 0; i < (n & 3); ++i) d[i] = ui::rop2(I, s, d[i]);
+        n &= 3;
     }
+    for (int32_t i = 0; i < n; ++i) d[i] = ui::rop2(I, s, d[i]);
 }
 
 template <int I>
 void forward(uint32_t *d, const uint32_t *s, int32_t n) {
-    if constexpr (I == ui::kRopCopy) {
-        std::memmove(d, s, 4 * size_t(n));
-    } else {
+    if constexpr (I == ui::kRopCopy) return void(std::memmove(d, s, 4 * size_t(n)));
+    if constexpr (!ui::kVectorLoops) {
         for (uint32_t *end = d + (n & ~3); d != end; d += 4, s += 4) four<I>(d, s, false);
-        for (int32_t i = 0; i < (n & 3); ++i) d[i] = ui::rop2(I, s[i], d[i]);
+        n &= 3;
     }
+    for (int32_t i = 0; i < n; ++i) d[i] = ui::rop2(I, s[i], d[i]);
 }
 
 template <int I>
 void backward(uint32_t *d, const uint32_t *s, int32_t n) {
-    if constexpr (I == ui::kRopCopy) {
-        std::memmove(d, s, 4 * size_t(n));
-    } else {
-        d += n, s += n;
+    if constexpr (I == ui::kRopCopy) return void(std::memmove(d, s, 4 * size_t(n)));
+    d += n, s += n;
+    if constexpr (!ui::kVectorLoops) {
         for (uint32_t *end = d - (n & ~3); d != end;) four<I>(d -= 4, s -= 4, false);
-        for (int32_t i = 1; i <= (n & 3); ++i) d[-i] = ui::rop2(I, s[-i], d[-i]);
+        n &= 3;
     }
+    for (int32_t i = 1; i <= n; ++i) d[-i] = ui::rop2(I, s[-i], d[-i]);
 }
 
 template <int... I>
