@@ -41,6 +41,7 @@ bench-arm: deps
 
 fuzz: deps
 	fuzz/run.sh
+	tools/ui32-rdpsnap/build-fuzz.sh $${FUZZ_SECONDS:-60}
 
 clean:
 	rm -rf build
