@@ -10,7 +10,7 @@
 // reaches the frame buffer; the raw path builds whole words.
 #include <cstring>
 
-#include "rlecontext.h"
+#include "../core/rows.h"
 
 namespace {
 
@@ -30,15 +30,6 @@ inline void put(uint8_t *p, uint32_t v) {
     } else {
         *p = uint8_t(v);
     }
-}
-
-// Pixel i = red[i] << 16 | green[i] << 8 | blue[i].
-void mergePlanes(uint32_t *__restrict out, const uint8_t *__restrict red, const uint8_t *__restrict green,
-                 const uint8_t *__restrict blue, int32_t n) {
-    int32_t i = 0;
-    for (; i + 16 <= n; i += 16)
-        for (int k = 0; k < 16; ++k) out[i + k] = uint32_t(red[i + k]) << 16 | uint32_t(green[i + k]) << 8 | blue[i + k];
-    for (; i < n; ++i) out[i] = uint32_t(red[i]) << 16 | uint32_t(green[i]) << 8 | blue[i];
 }
 
 class PlanarDecoder : public ui::rlecontext {
@@ -62,16 +53,13 @@ public:
     // One run-length plane into byte `position` (0 blue, 1 green, 2 red) of
     // every pixel: 1, or 0 when a segment overruns its row or the input runs
     // out before the plane is complete.
-    int32_t RDP6_decompressPlane(int position) {
-        uint8_t *row = reinterpret_cast<uint8_t *>(dst) + position;
-        return position == 2 ? plane<true>(row) : plane<false>(row);
-    }
+    int32_t RDP6_decompressPlane(int position) { return ui::rows::decodePlane(stream, dst, width, height, position); }
 
-private:
-    // The plane works on a copy of the reader, which the compiler can keep
-    // in registers while it stores through byte pointers.
+    // The plain form of that (ui::decodePlane) from row, byte `position` of
+    // the first pixel.  The plane works on a copy of the reader, which the
+    // compiler can keep in registers while it stores through byte pointers.
     template <bool kRed>
-    bool plane(uint8_t *row) {
+    [[gnu::noinline]] bool plane(uint8_t *row) {
         ui::streamIn in = stream;
         bool ok = true;
         for (int32_t y = 0; ok && y < height; ++y, row += rowDelta)
@@ -80,6 +68,7 @@ private:
         return ok;
     }
 
+private:
     // A control byte: low nibble the run, high nibble the raw count; runs of
     // 1 and 2 stand for 16 + raw and 32 + raw pixels without raw bytes.  A
     // control byte that is not there fails the plane, after its report.
@@ -182,13 +171,30 @@ private:
         const uint8_t *planes = stream.take((alpha ? 4 : 3) * int64_t(n));
         if (planes == nullptr) return ui::fail(Site::rawPlanes);
         const uint8_t *red = planes + (alpha ? n : 0);
-        mergePlanes(dst, red, red + n, red + 2 * n, n);
+        ui::rows::mergePlanes(dst, red, red + n, red + 2 * n, n);
         dstPos = dstSize;
         return 1;
     }
 };
 
 }  // namespace
+
+// Pixel i = red[i] << 16 | green[i] << 8 | blue[i].
+void ui::mergePlanes(uint32_t *__restrict out, const uint8_t *__restrict red, const uint8_t *__restrict green,
+                     const uint8_t *__restrict blue, int32_t n) {
+    int32_t i = 0;
+    for (; i + 16 <= n; i += 16)
+        for (int k = 0; k < 16; ++k) out[i + k] = uint32_t(red[i + k]) << 16 | uint32_t(green[i + k]) << 8 | blue[i + k];
+    for (; i < n; ++i) out[i] = uint32_t(red[i]) << 16 | uint32_t(green[i]) << 8 | blue[i];
+}
+
+bool ui::decodePlane(streamIn &in, uint32_t *pixels, int32_t width, int32_t height, int position) {
+    PlanarDecoder plane(rlecontext(width, height, pixels, in.ptr, in.left));
+    uint8_t *row = reinterpret_cast<uint8_t *>(pixels) + position;
+    const bool ok = position == 2 ? plane.plane<true>(row) : plane.plane<false>(row);
+    in = plane.stream;
+    return ok;
+}
 
 int32_t ui::decodePlanar(rlecontext &context) {
     PlanarDecoder decoder(context);
