@@ -4,8 +4,8 @@
 #   make demo     build the library and the demo client, draw demo.png
 #   make package  build the .deb packages (amd64, i386, armhf, armhf-neon)
 #                 and check them with lintian
-#   make bench    run the x86 benchmarks and the ARM instruction counts and
-#                 write bench/RESULTS.md
+#   make bench    run the x86-64 and i386 benchmarks and the ARM instruction
+#                 counts and write bench/RESULTS.md
 #   make bench-arm  only the ARM instruction counts (their section of
 #                 bench/RESULTS.md and bench/results-arm.png)
 #   make fuzz     run every fuzz target on x86-64 and i386 (FUZZ_SECONDS each,

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "harness.h"
+#include "peer.h"
 #include "streams.h"
 
 namespace bench {
@@ -27,163 +28,150 @@ uint32_t *bitmapBuffer() {
     return buffer.data();
 }
 
-UiBitmapData updateOf(const Bitmap &b, int32_t depth) {
-    const int32_t left = kMargin + b.x, top = kMargin + b.y;
-    return UiBitmapData{left, top, left + b.width - 1, top + b.height - 1, b.width, b.height, 8 * depth, 1,
-                        int32_t(b.stream.size()), b.stream.data()};
-}
+enum class Codec { interleaved, planar };
+int32_t depthOf(Codec c) { return c == Codec::planar ? 4 : 3; }
 
 Work workOf(const Workload &w) { return Work{w.pixels(), 4 * w.pixels(), w.inputBytes()}; }
 
-void finish(benchmark::State &state, const Workload &w, bool ok) {
+// Runs `pass` (all bitmaps once; false if a decoder refused one) per iteration.
+template <typename Pass>
+void measure(benchmark::State &state, const Workload &w, Pass pass) {
+    bool ok = true;
+    for (auto _ : state) {
+        ok &= pass();
+        benchmark::ClobberMemory();
+    }
     if (!ok) state.SkipWithError("a decoder refused a stream");
     count(state, workOf(w));
 }
 
-void decode(benchmark::State &state, const Workload &w, int32_t depth) {
-    Plugin::get().depth(depth);
-    const auto decodeBitmap = Plugin::get().slot<UiDecodeBitmapFn>(UI_SLOT_DECODE_BITMAP);
-    uint32_t *out = bitmapBuffer();
+bool decodeAll(const kit::Table &t, const Workload &w, uint32_t *out) {
     bool ok = true;
-    for (auto _ : state) {
-        for (const Bitmap &b : w.bitmaps)
-            ok &= decodeBitmap(b.width, b.height, b.stream.data(), int32_t(b.stream.size()), 1, out) == 1;
-        benchmark::ClobberMemory();
-    }
-    finish(state, w, ok);
+    for (const Bitmap &b : w.bitmaps) ok &= t.decodeBitmap(b.width, b.height, b.stream.data(), b.stream.length(), 1, out) == 1;
+    return ok;
 }
 
-void update(benchmark::State &state, const Workload &w, int32_t depth) {
-    Plugin::get().depth(depth);
-    const auto bitmapUpdate = Plugin::get().slot<UiBitmapUpdateFn>(UI_SLOT_BITMAP_UPDATE);
+void decode(benchmark::State &state, const Workload &w, Codec codec) {
+    depth(depthOf(codec));
+    const kit::Table &t = table();
+    uint32_t *out = bitmapBuffer();
+    measure(state, w, [&] { return decodeAll(t, w, out); });
+}
+
+void update(benchmark::State &state, const Workload &w, Codec codec) {
+    const int32_t bytesPerPixel = depthOf(codec);
+    depth(bytesPerPixel);
+    const kit::Table &t = table();
     std::vector<UiBitmapData> updates;
-    for (const Bitmap &b : w.bitmaps) updates.push_back(updateOf(b, depth));
-    Screen &screen = desk();
-    for (auto _ : state) {
-        for (const UiBitmapData &u : updates) bitmapUpdate(&screen.surface(), &u);
-        benchmark::ClobberMemory();
+    for (const Bitmap &b : w.bitmaps) {
+        const int32_t left = kMargin + b.x, top = kMargin + b.y;
+        updates.push_back({left, top, left + b.width - 1, top + b.height - 1, b.width, b.height, 8 * bytesPerPixel, 1,
+                           b.stream.length(), b.stream.data()});
     }
-    finish(state, w, true);
+    UiSurface &surface = desk().surface();
+    measure(state, w, [&] {
+        for (const UiBitmapData &u : updates) t.bitmapUpdate(surface, u);
+        return true;
+    });
 }
 
 // What a bitmap update cannot do with less: decode, then one memcpy per row
 // into the frame buffer, turning the rows the right way up.
-void decodeAndCopy(benchmark::State &state, const Workload &w, int32_t depth) {
-    Plugin::get().depth(depth);
-    const auto decodeBitmap = Plugin::get().slot<UiDecodeBitmapFn>(UI_SLOT_DECODE_BITMAP);
+void decodeAndCopy(benchmark::State &state, const Workload &w, Codec codec) {
+    depth(depthOf(codec));
+    const kit::Table &t = table();
     uint32_t *out = bitmapBuffer();
-    Screen &screen = desk();
-    bool ok = true;
-    for (auto _ : state) {
+    kit::Frame &f = desk();
+    measure(state, w, [&] {
+        bool ok = true;
         for (const Bitmap &b : w.bitmaps) {
-            ok &= decodeBitmap(b.width, b.height, b.stream.data(), int32_t(b.stream.size()), 1, out) == 1;
+            ok &= t.decodeBitmap(b.width, b.height, b.stream.data(), b.stream.length(), 1, out) == 1;
             for (int32_t y = 0; y < b.height; ++y)
-                std::memcpy(screen.at(kMargin + b.x, kMargin + b.y + y),
-                            out + size_t(b.height - 1 - y) * size_t(b.width), 4 * size_t(b.width));
+                std::memcpy(&f.at(kMargin + b.x, kMargin + b.y + y), out + size_t(b.height - 1 - y) * size_t(b.width),
+                            4 * size_t(b.width));
         }
-        benchmark::ClobberMemory();
-    }
-    finish(state, w, ok);
+        return ok;
+    });
 }
 
-void peerInterleaved(benchmark::State &state, const Workload &w, bool intoFrame) {
-    PeerInterleaved peer;
-    Screen &screen = desk();
+// The peer decoding into a buffer of the bitmap's size (planar in stream
+// order, as slot 8 writes it) or into the frame buffer at the bitmap's place.
+void peer(benchmark::State &state, const Workload &w, Codec codec, bool intoFrame) {
+    kit::PeerDecoders decoders;
+    kit::Frame &f = desk();
     uint8_t *buffer = reinterpret_cast<uint8_t *>(bitmapBuffer());
-    uint8_t *frame = reinterpret_cast<uint8_t *>(screen.row(0));
-    const uint32_t frameStride = uint32_t(screen.strideBytes());
-    bool ok = true;
-    for (auto _ : state) {
-        for (const Bitmap &b : w.bitmaps)
-            ok &= intoFrame ? peer.decode(b, frame, frameStride, kMargin + b.x, kMargin + b.y)
-                            : peer.decode(b, buffer, uint32_t(b.width) * 4);
-        benchmark::ClobberMemory();
-    }
-    finish(state, w, ok);
-}
-
-void peerPlanar(benchmark::State &state, const Workload &w, bool intoFrame) {
-    PeerPlanar peer(w.maxWidth, w.maxHeight);
-    Screen &screen = desk();
-    uint8_t *buffer = reinterpret_cast<uint8_t *>(bitmapBuffer());
-    uint8_t *frame = reinterpret_cast<uint8_t *>(screen.row(0));
-    const uint32_t frameStride = uint32_t(screen.strideBytes());
-    bool ok = true;
-    for (auto _ : state) {
-        for (const Bitmap &b : w.bitmaps)
-            ok &= intoFrame ? peer.decode(b, frame, frameStride, true, kMargin + b.x, kMargin + b.y)
-                            : peer.decode(b, buffer, uint32_t(b.width) * 4, false);
-        benchmark::ClobberMemory();
-    }
-    finish(state, w, ok);
+    uint8_t *frame = reinterpret_cast<uint8_t *>(&f.at(0, 0));
+    const uint32_t frameStride = f.image().stride;
+    // The planar context sized for these bitmaps before the clock runs.
+    const Bitmap &first = w.bitmaps.front();
+    if (codec == Codec::planar)
+        decoders.planarInto(first.stream.data(), first.stream.length(), first.width, first.height, buffer,
+                            uint32_t(first.width) * 4, 0, 0, false);
+    measure(state, w, [&] {
+        bool ok = true;
+        for (const Bitmap &b : w.bitmaps) {
+            uint8_t *dst = intoFrame ? frame : buffer;
+            const uint32_t stride = intoFrame ? frameStride : uint32_t(b.width) * 4;
+            const int32_t x = intoFrame ? kMargin + b.x : 0, y = intoFrame ? kMargin + b.y : 0;
+            ok &= codec == Codec::planar
+                      ? decoders.planarInto(b.stream.data(), b.stream.length(), b.width, b.height, dst, stride, x, y,
+                                            intoFrame)
+                      : decoders.interleavedInto(b.stream.data(), b.stream.length(), b.width, b.height, dst, stride, x, y);
+        }
+        return ok;
+    });
 }
 
 // Before anything is measured: slot 8 must give exactly the peer's pixels
 // (colour bits) for every stream, else the comparison is meaningless.
-void requireSamePixels(const Workload &w, int32_t depth, const char *codec) {
-    Plugin::get().depth(depth);
-    const auto decodeBitmap = Plugin::get().slot<UiDecodeBitmapFn>(UI_SLOT_DECODE_BITMAP);
-    PeerInterleaved interleaved;
-    PeerPlanar planar(w.maxWidth, w.maxHeight);
+void requireSamePixels(const Workload &w, Codec codec, const char *name) {
+    depth(depthOf(codec));
+    kit::PeerDecoders decoders;
+    std::vector<uint32_t> theirs;
     for (const Bitmap &b : w.bitmaps) {
-        const size_t n = size_t(b.width) * size_t(b.height);
-        std::vector<uint32_t> ours(n), peers(n);
-        const bool decoded = decodeBitmap(b.width, b.height, b.stream.data(), int32_t(b.stream.size()), 1,
-                                          ours.data()) == 1;
-        // Both into stream order: the interleaved peer writes top-down, so
-        // its rows are turned back.
-        bool peerDecoded;
-        if (depth == 4) {
-            peerDecoded = planar.decode(b, reinterpret_cast<uint8_t *>(peers.data()), uint32_t(b.width) * 4, false);
-        } else {
-            std::vector<uint32_t> topDown(n);
-            peerDecoded = interleaved.decode(b, reinterpret_cast<uint8_t *>(topDown.data()), uint32_t(b.width) * 4);
-            for (int32_t y = 0; y < b.height; ++y)
-                std::memcpy(peers.data() + size_t(y) * size_t(b.width),
-                            topDown.data() + size_t(b.height - 1 - y) * size_t(b.width), 4 * size_t(b.width));
-        }
-        bool same = decoded && peerDecoded;
-        for (size_t i = 0; same && i < n; ++i) same = ((ours[i] ^ peers[i]) & 0xffffff) == 0;
+        std::vector<uint32_t> ours(size_t(b.width) * size_t(b.height));
+        bool same = table().decodeBitmap(b.width, b.height, b.stream.data(), b.stream.length(), 1, ours.data()) == 1;
+        same &= codec == Codec::planar ? decoders.planar(b.stream.data(), b.stream.length(), b.width, b.height, theirs)
+                                       : decoders.interleaved(b.stream.data(), b.stream.length(), b.width, b.height, theirs);
+        // Ours in stream order (bottom row first), the peer's top-down.
+        for (int32_t y = 0; same && y < b.height; ++y)
+            for (int32_t x = 0; same && x < b.width; ++x)
+                same = ((ours[size_t(b.height - 1 - y) * size_t(b.width) + size_t(x)] ^
+                         theirs[size_t(y) * size_t(b.width) + size_t(x)]) & 0xffffff) == 0;
         if (!same) {
-            std::fprintf(stderr, "bench: %s, %s: bitmap at (%d, %d) decodes differently from the peer\n", codec,
+            std::fprintf(stderr, "bench: %s, %s: bitmap at (%d, %d) decodes differently from the peer\n", name,
                          w.name.c_str(), b.x, b.y);
             std::exit(1);
         }
     }
 }
 
+void registerCodec(const Workload &w, Codec codec, const std::string &variant) {
+    requireSamePixels(w, codec, variant.c_str());
+    const Workload *p = &w;
+    const std::string prefix = std::string("decoders/").append(variant), suffix = std::string("/").append(w.name);
+    const std::string peerDecode = prefix + " peer decode" + suffix, peerFrame = prefix + " peer into frame" + suffix;
+    add({peerDecode, [p, codec](benchmark::State &st) { peer(st, *p, codec, false); }});
+    add({peerFrame, [p, codec](benchmark::State &st) { peer(st, *p, codec, true); }});
+    std::string copy;
+    if (codec == Codec::interleaved) {
+        copy = prefix + " slot 8 + memcpy" + suffix;
+        add({copy, [p, codec](benchmark::State &st) { decodeAndCopy(st, *p, codec); }});
+    }
+    add({prefix + " decode" + suffix, [p, codec](benchmark::State &st) { decode(st, *p, codec); }, peerDecode,
+         kPeerTarget});
+    add({prefix + " bitmapUpdate" + suffix, [p, codec](benchmark::State &st) { update(st, *p, codec); }, peerFrame,
+         kPeerTarget, copy, copy.empty() ? 0 : kUpdateOverDecodeTarget});
+}
+
 }  // namespace
 
 void registerDecoders() {
-    for (const Workload &w : interleavedWorkloads()) {
-        requireSamePixels(w, 3, "interleaved");
-        const Workload *p = &w;
-        const std::string peer = "decoders/interleaved peer decode/" + w.name;
-        const std::string peerFrame = "decoders/interleaved peer into frame/" + w.name;
-        const std::string copy = "decoders/interleaved slot 8 + memcpy/" + w.name;
-        add({peer, [p](benchmark::State &st) { peerInterleaved(st, *p, false); }});
-        add({peerFrame, [p](benchmark::State &st) { peerInterleaved(st, *p, true); }});
-        add({copy, [p](benchmark::State &st) { decodeAndCopy(st, *p, 3); }});
-        add({"decoders/interleaved decode/" + w.name, [p](benchmark::State &st) { decode(st, *p, 3); }, peer,
-             kPeerTarget});
-        add({"decoders/interleaved bitmapUpdate/" + w.name, [p](benchmark::State &st) { update(st, *p, 3); },
-             peerFrame, kPeerTarget, copy, kUpdateOverDecodeTarget});
-    }
+    for (const Workload &w : interleavedWorkloads()) registerCodec(w, Codec::interleaved, "interleaved");
     for (const uint8_t header : {0x00, 0x10, 0x20, 0x30}) {
         char variant[32];
         std::snprintf(variant, sizeof variant, "planar 0x%02x", header);
-        for (const Workload &w : planarWorkloads(header)) {
-            requireSamePixels(w, 4, variant);
-            const Workload *p = &w;
-            const std::string peer = std::string("decoders/") + variant + " peer decode/" + w.name;
-            const std::string peerFrame = std::string("decoders/") + variant + " peer into frame/" + w.name;
-            add({peer, [p](benchmark::State &st) { peerPlanar(st, *p, false); }});
-            add({peerFrame, [p](benchmark::State &st) { peerPlanar(st, *p, true); }});
-            add({std::string("decoders/") + variant + " decode/" + w.name,
-                 [p](benchmark::State &st) { decode(st, *p, 4); }, peer, kPeerTarget});
-            add({std::string("decoders/") + variant + " bitmapUpdate/" + w.name,
-                 [p](benchmark::State &st) { update(st, *p, 4); }, peerFrame, kPeerTarget});
-        }
+        for (const Workload &w : planarWorkloads(header)) registerCodec(w, Codec::planar, variant);
     }
 }
 

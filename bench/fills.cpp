@@ -7,48 +7,28 @@
 namespace bench {
 namespace {
 
-constexpr int32_t kRopCopy = 12;
-constexpr int32_t kRopInvert = 5;  // not destination
-
-// Where a rectangle of the given size lands: full-screen sizes at the
-// screen's corner, smaller ones at an odd place inside it.
-UiRect place(Size s) {
-    const int32_t offset = s.width >= kScreenWidth ? 0 : 101;
-    return UiRect{kMargin + offset, kMargin + offset, s.width, s.height};
-}
-
 void memsetRows(benchmark::State &state, Size s) {
-    Screen &screen = desk();
-    const UiRect r = place(s);
-    for (auto _ : state) {
-        for (int32_t y = 0; y < r.height; ++y) std::memset(screen.at(r.left, r.top + y), 0x5a, 4 * size_t(r.width));
-        benchmark::ClobberMemory();
-    }
-    count(state, pixelsOf(int64_t(s.width) * s.height));
+    const UiRect r = s.place();
+    kit::Frame &f = desk();
+    repeat(state, s.area(), [&] {
+        for (int32_t y = 0; y < r.height; ++y) std::memset(&f.at(r.left, r.top + y), 0x5a, 4 * size_t(r.width));
+    });
 }
 
 void opaqueRect(benchmark::State &state, Size s) {
-    Screen &screen = desk();
-    const UiRect r = place(s);
+    const UiRect r = s.place();
     const UiOpaqueRectOrder order{r.left, r.top, r.width, r.height, 0x34, 0x65, 0xa4};
-    const UiClipRect clip = screen.fullClip();
-    const auto draw = Plugin::get().slot<UiOpaqueRectFn>(UI_SLOT_OPAQUE_RECT);
-    for (auto _ : state) {
-        draw(&screen.surface(), &order, &clip);
-        benchmark::ClobberMemory();
-    }
-    count(state, pixelsOf(int64_t(s.width) * s.height));
+    const kit::Table &t = table();
+    UiSurface &surface = desk().surface();
+    const UiClipRect clip = desk().all();
+    repeat(state, s.area(), [&] { t.opaqueRect(surface, order, clip); });
 }
 
 void fillBufferRect(benchmark::State &state, Size s) {
-    Screen &screen = desk();
-    const UiRect r = place(s);
-    const auto fill = Plugin::get().slot<UiFillBufferRectFn>(UI_SLOT_FILL_BUFFER_RECT);
-    for (auto _ : state) {
-        fill(&screen.image(), &screen.dirty(), &r, 0x3465a4);
-        benchmark::ClobberMemory();
-    }
-    count(state, pixelsOf(int64_t(s.width) * s.height));
+    const UiRect r = s.place();
+    const kit::Table &t = table();
+    kit::Frame &f = desk();
+    repeat(state, s.area(), [&] { t.fillBufferRect(&f.image(), &f.dirty(), r, 0x3465a4); });
 }
 
 // A colour brush as a client caches it: 8 x 8 pixels, a small dither.
@@ -61,8 +41,7 @@ const uint8_t *colourBrush() {
 enum class Brush { solid, hatch, colour };
 
 void patBlt(benchmark::State &state, Size s, Brush brush) {
-    Screen &screen = desk();
-    const UiRect r = place(s);
+    const UiRect r = s.place();
     UiPatBltOrder order{};
     order.left = r.left;
     order.top = r.top;
@@ -82,44 +61,38 @@ void patBlt(benchmark::State &state, Size s, Brush brush) {
             order.brushData = colourBrush();
             break;
     }
-    const UiClipRect clip = screen.fullClip();
-    const auto draw = Plugin::get().slot<UiPatBltFn>(UI_SLOT_PAT_BLT);
-    for (auto _ : state) {
-        draw(&screen.surface(), &order, &clip);
-        benchmark::ClobberMemory();
-    }
-    count(state, pixelsOf(int64_t(s.width) * s.height));
+    const kit::Table &t = table();
+    UiSurface &surface = desk().surface();
+    const UiClipRect clip = desk().all();
+    repeat(state, s.area(), [&] { t.patBlt(surface, order, clip); });
 }
 
 void dstBltInvert(benchmark::State &state, Size s) {
-    Screen &screen = desk();
-    const UiRect r = place(s);
+    const UiRect r = s.place();
     const UiDstBltOrder order{r.left, r.top, r.width, r.height, kRopInvert};
-    const UiClipRect clip = screen.fullClip();
-    const auto draw = Plugin::get().slot<UiDstBltFn>(UI_SLOT_DST_BLT);
-    for (auto _ : state) {
-        draw(&screen.surface(), &order, &clip);
-        benchmark::ClobberMemory();
-    }
-    count(state, pixelsOf(int64_t(s.width) * s.height));
+    const kit::Table &t = table();
+    UiSurface &surface = desk().surface();
+    const UiClipRect clip = desk().all();
+    repeat(state, s.area(), [&] { t.dstBlt(surface, order, clip); });
 }
 
 }  // namespace
 
 void registerFills() {
     for (const Size s : kRectSizes) {
-        const std::string size = sizeName(s.width, s.height);
-        const std::string ref = "fills/memset/" + size;
+        const std::string ref = "fills/memset/" + s.name();
         // The target applies to full-screen fills with the copy operation.
         const double target = s.width == kScreenWidth ? 0.9 : 0;
+        const auto fill = [&](const char *op, void (*run)(benchmark::State &, Size), double t) {
+            add({std::string("fills/") + op + "/" + s.name(), [s, run](benchmark::State &st) { run(st, s); }, ref, t});
+        };
         add({ref, [s](benchmark::State &st) { memsetRows(st, s); }});
-        add({"fills/opaqueRect/" + size, [s](benchmark::State &st) { opaqueRect(st, s); }, ref, target});
-        add({"fills/fillBufferRect/" + size, [s](benchmark::State &st) { fillBufferRect(st, s); }, ref, target});
-        add({"fills/patBlt solid/" + size, [s](benchmark::State &st) { patBlt(st, s, Brush::solid); }, ref, target});
-        add({"fills/patBlt hatch/" + size, [s](benchmark::State &st) { patBlt(st, s, Brush::hatch); }, ref, target});
-        add({"fills/patBlt colour brush/" + size, [s](benchmark::State &st) { patBlt(st, s, Brush::colour); }, ref,
-             target});
-        add({"fills/dstBlt invert/" + size, [s](benchmark::State &st) { dstBltInvert(st, s); }, ref});
+        fill("opaqueRect", opaqueRect, target);
+        fill("fillBufferRect", fillBufferRect, target);
+        fill("patBlt solid", [](benchmark::State &st, Size z) { patBlt(st, z, Brush::solid); }, target);
+        fill("patBlt hatch", [](benchmark::State &st, Size z) { patBlt(st, z, Brush::hatch); }, target);
+        fill("patBlt colour brush", [](benchmark::State &st, Size z) { patBlt(st, z, Brush::colour); }, target);
+        fill("dstBlt invert", dstBltInvert, 0);
     }
 }
 

@@ -1,21 +1,11 @@
 #include "harness.h"
 
-#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
-
-#include "ui.h"
+#include <cstdlib>
+#include <string>
 
 namespace bench {
-
-const uint8_t kHatchPatterns[48] = {
-    0x00, 0x00, 0x00, 0xff, 0x00, 0x00, 0x00, 0x00,  // horizontal
-    0x08, 0x08, 0x08, 0x08, 0x08, 0x08, 0x08, 0x08,  // vertical
-    0x80, 0x40, 0x20, 0x10, 0x08, 0x04, 0x02, 0x01,  // forward diagonal
-    0x01, 0x02, 0x04, 0x08, 0x10, 0x20, 0x40, 0x80,  // backward diagonal
-    0x08, 0x08, 0x08, 0xff, 0x08, 0x08, 0x08, 0x08,  // cross
-    0x81, 0x42, 0x24, 0x18, 0x18, 0x24, 0x42, 0x81,  // diagonal cross
-};
 
 namespace {
 
@@ -32,53 +22,54 @@ int logReport(const char *level, const char *module, int site, const char *forma
     return 0;
 }
 
+kit::Table &mutableTable() {
+    static kit::Table t;
+    return t;
+}
+
+// srn_get of the linked library, or of the module named by UI32_BENCH_MODULE
+// (another build of ui32.so, measured with the same benchmarks).
+kit::SrnGet srnGet() {
+    static const kit::SrnGet get = [] {
+        const char *path = std::getenv("UI32_BENCH_MODULE");
+        if (path == nullptr || *path == 0) return kit::SrnGet(srn_get);
+        std::string error;
+        const kit::SrnGet module = kit::openModule(path, error);
+        if (module == nullptr) {
+            std::fprintf(stderr, "bench: %s\n", error.c_str());
+            std::exit(1);
+        }
+        return module;
+    }();
+    return get;
+}
+
+int32_t currentDepth = 0;
+
 }  // namespace
 
-Plugin::Plugin() {
-    const UiConfig config{kHatchPatterns, 3};
-    srn_get(table_, logReport, &config);
+const kit::Table &table() {
+    if (currentDepth == 0) depth(3);
+    return mutableTable();
 }
 
-Plugin &Plugin::get() {
-    static Plugin plugin;
-    return plugin;
-}
-
-void Plugin::depth(int32_t bytesPerPixel) {
-    if (bytesPerPixel == 4) {
-        slot<UiSetSourceBytesPerPixel4Fn>(UI_SLOT_SET_SOURCE_BYTES_PER_PIXEL_4)();
-        return;
+void depth(int32_t bytesPerPixel) {
+    if (bytesPerPixel == currentDepth) return;
+    if (bytesPerPixel == 4 && currentDepth == 3) {
+        mutableTable().setSourceBytesPerPixel4();
+    } else {
+        // The table's only way back to 3 bytes per pixel is a new srn_get
+        // with a configuration, as a client makes on a new connection (each
+        // reserves a new 64 KiB fragment store: a few MiB over a whole run).
+        const UiConfig config{kit::kHatchPatterns, bytesPerPixel};
+        mutableTable().get(srnGet(), logReport, &config);
     }
-    // The table offers no way back to 3 bytes but a new srn_get, which would
-    // reserve a new fragment store each time; the setting is set directly.
-    ui::settings.sourceBytesPerPixel = bytesPerPixel;
+    currentDepth = bytesPerPixel;
 }
 
-void Plugin::byteOrder(uint8_t order) { slot<UiSetSourceByteOrderFn>(UI_SLOT_SET_SOURCE_BYTE_ORDER)(order); }
-
-long Plugin::reports() const { return reportCount; }
-
-Screen::Screen(int32_t width, int32_t height, int32_t stridePixels)
-    : width_(width), height_(height), stride_(stridePixels > 0 ? stridePixels : width) {
-    pixels_.assign(size_t(stride_) * size_t(height), 0);
-    const int32_t columns = (width + 31) / 32, rows = (height + 31) / 32;
-    tiles_.assign(size_t(columns) * size_t(rows), 0);
-    imgbuf &image = surface_.image;
-    image.pixels = pixels_.data();
-    image.stride = uint32_t(stride_) * 4;
-    image.width = uint32_t(width);
-    image.height = uint32_t(height);
-    dirtybuf &dirty = surface_.dirty;
-    dirty.tiles = tiles_.data();
-    dirty.columns = columns;
-    dirty.rows = rows;
-}
-
-void Screen::fill(uint32_t colour) { std::fill(pixels_.begin(), pixels_.end(), colour); }
-
-Screen &desk() {
-    static Screen screen(kScreenWidth + 2 * kMargin, kScreenHeight + 2 * kMargin);
-    return screen;
+kit::Frame &desk() {
+    static kit::Frame frame(kScreenWidth + 2 * kMargin, kScreenHeight + 2 * kMargin);
+    return frame;
 }
 
 void count(benchmark::State &state, const Work &w) {
@@ -111,25 +102,27 @@ void add(Entry entry) {
     });
 }
 
-std::string sizeName(int32_t width, int32_t height) { return std::to_string(width) + "x" + std::to_string(height); }
-
 }  // namespace bench
 
 int main(int argc, char **argv) {
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    bench::Plugin::get();
+    bench::table();
     bench::registerFills();
     bench::registerCopies();
+#ifdef UI32_BENCH_PEERS
     bench::registerDecoders();
+#endif
     bench::registerText();
     bench::registerLines();
+#ifdef UI32_BENCH_PEERS
     bench::registerRfb();
+#endif
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
-    if (bench::Plugin::get().reports() > 0) {
+    if (bench::reportCount > 0) {
         std::fprintf(stderr, "bench: the library made %ld reports: the measurements are not valid\n",
-                     bench::Plugin::get().reports());
+                     bench::reportCount);
         return 1;
     }
     return 0;

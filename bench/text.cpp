@@ -6,9 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "harness.h"  // first: the library's view of ui32.h
-
 #include "glyphs.h"
+#include "harness.h"
 
 namespace bench {
 namespace {
@@ -49,19 +48,14 @@ UiGlyphIndexOrder glyphOrder(Form form) {
 }
 
 void glyphIndex(benchmark::State &state, Form form) {
-    Screen &screen = desk();
     const UiGlyphIndexOrder order = glyphOrder(form);
-    const UiClipRect clip = screen.fullClip();
-    const auto draw = Plugin::get().slot<UiGlyphIndexFn>(UI_SLOT_GLYPH_INDEX);
-    for (auto _ : state) {
-        draw(&screen.surface(), &order, &clip);
-        benchmark::ClobberMemory();
-    }
-    count(state, pixelsOf(kPixels));
+    const kit::Table &t = table();
+    UiSurface &surface = desk().surface();
+    const UiClipRect clip = desk().all();
+    repeat(state, kPixels, [&] { t.glyphIndex(surface, order, clip); });
 }
 
 void fastGlyph(benchmark::State &state) {
-    Screen &screen = desk();
     std::vector<UiFastGlyphOrder> orders(kGlyphs);
     for (int i = 0; i < kGlyphs; ++i) {
         UiFastGlyphOrder &o = orders[size_t(i)];
@@ -77,27 +71,23 @@ void fastGlyph(benchmark::State &state) {
         o.rgbData[0] = uint8_t(kLine[i]);
         o.glyphCache = consoleCache();
     }
-    const UiClipRect clip = screen.fullClip();
-    const auto draw = Plugin::get().slot<UiFastGlyphFn>(UI_SLOT_FAST_GLYPH);
-    for (auto _ : state) {
-        for (const UiFastGlyphOrder &o : orders) draw(&screen.surface(), &o, &clip);
-        benchmark::ClobberMemory();
-    }
-    count(state, pixelsOf(kPixels));
+    const kit::Table &t = table();
+    UiSurface &surface = desk().surface();
+    const UiClipRect clip = desk().all();
+    repeat(state, kPixels, [&] {
+        for (const UiFastGlyphOrder &o : orders) t.fastGlyph(surface, o, clip);
+    });
 }
 
 void drawChar(benchmark::State &state) {
-    Screen &screen = desk();
-    const auto draw = Plugin::get().slot<UiDrawChar8x16Fn>(UI_SLOT_DRAW_CHAR_8X16);
+    const kit::Table &t = table();
+    kit::Frame &f = desk();
     bool ok = true;
-    for (auto _ : state) {
+    repeat(state, kPixels, [&] {
         for (int i = 0; i < kGlyphs; ++i)
-            ok &= draw(&screen.image(), &screen.dirty(), kLeft + i * kCellWidth, kTop, consoleCell(kLine[i]),
-                       0x2e3436);
-        benchmark::ClobberMemory();
-    }
+            ok &= t.drawChar8x16(&f.image(), &f.dirty(), kLeft + i * kCellWidth, kTop, consoleCell(kLine[i]), 0x2e3436);
+    });
     if (!ok) state.SkipWithError("a cell did not fit");
-    count(state, pixelsOf(kPixels));
 }
 
 }  // namespace

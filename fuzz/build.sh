@@ -1,6 +1,6 @@
 #!/bin/bash
-# Builds the fuzz targets with clang into build/fuzz-<arch>/ (one binary per
-# line of fuzz/targets.txt).
+# Builds the fuzz targets with clang into build/fuzz-<arch>/: one binary,
+# `fuzz`, and a link to it named after each line of fuzz/targets.txt.
 #   FUZZ_ARCH=x86_64|i386   target architecture (default x86_64; i386 gives
 #                           32-bit pointers and size_t, as on the device)
 #   FUZZ_SOURCE=<dir>       tree whose ui/ and include/ are fuzzed (default

@@ -1,12 +1,21 @@
-#include "harness.h"
-
+// The fuzz harness: the libFuzzer targets (one binary, run under the name of
+// the target), also compiled into the regression replay test and the seed
+// writer.  An input is a frame buffer, the settings and a glyph cache, then
+// a sequence of calls to the drawing table; every record is decoded from it
+// with the kit's builders and handed over right before an inaccessible page;
+// after every call the blocks the library only reads, the frame's guard
+// bands, its tile map and the surface record are checked.  The differential
+// targets read a size and a bitmap stream.
 #include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <string>
+#include <vector>
 
+#include "bytes.h"
 #include "core/settings.h"
 #include "frame.h"
 #include "picture.h"
@@ -18,12 +27,51 @@
 
 namespace fuzz {
 
+// Little-endian fields; past the end every read gives zeros.
+class Reader {
+public:
+    Reader(const uint8_t *data, size_t size) : p_(data), end_(data + size) {}
+    bool more() const { return p_ < end_; }
+    uint8_t u8() { return p_ < end_ ? *p_++ : 0; }
+    uint32_t u16() {
+        const uint32_t low = u8();  // the low byte first: operands of | are unsequenced
+        return low | uint32_t(u8()) << 8;
+    }
+    uint32_t u32() {
+        const uint32_t low = u16();
+        return low | u16() << 16;
+    }
+    // One byte for -64..127, or a tag byte and an edge value of the 16- and
+    // 32-bit ranges, a 16-bit or a 32-bit value.
+    int32_t num();
+    kit::Bytes blob() {  // a 16-bit length, then that many bytes (fewer at the end)
+        const size_t n = std::min<size_t>(u16(), size_t(end_ - p_));
+        return p_ += n, kit::Bytes(p_ - n, p_);
+    }
+    kit::Bytes rest() { return kit::Bytes(p_, end_); }
+
+private:
+    const uint8_t *p_, *end_;
+};
+
+struct Target {
+    const char *name;
+    void (*run)(Reader &in);
+};
+
+// Called with a description when a check fails; prints and aborts by default.
 void (*onFailure)(const char *what) = [](const char *what) {
     std::fprintf(stderr, "harness check failed: %s\n", what);
     std::abort();
 };
+// Reports made and calls that marked a tile or decoded since the input began.
 int reports = 0, drawn = 0;
-Agreement agreement[2] = {};
+// Differential targets: inputs accepted by both decoders, by ui32 only, by
+// the peer only, by neither, and by the peer in a form ui32 refuses by
+// design; [0] interleaved, [1] planar.
+struct Agreement {
+    long both, ui32Only, peerOnly, neither, refusedForm;
+} agreement[2] = {};
 
 namespace {
 
@@ -49,61 +97,71 @@ int logReport(const char *level, const char *module, int, const char *format, ..
     return ++reports;
 }
 
+// Page-guarded memory, mapped once per process and place and reused by every
+// input (a mapping per record made the targets spend most of their time in
+// the kernel): the largest frame store, and windows whose last bytes hold the
+// blocks handed to one call, each ending right before an inaccessible page.
+constexpr size_t kFrameBytes = 4 * (255 + 16 + 57) * (255 + 16), kWindowBytes = 4 * 256 * 256;
+constexpr int kWindows = 6;  // the glyph cache and its entries, and three blocks of one call
+struct Memory {
+    explicit Memory(kit::Place place) : frame(kFrameBytes, place) {
+        for (auto &w : windows) w = std::make_unique<kit::GuardedPages>(kWindowBytes, place);
+    }
+    kit::GuardedPages frame;  // mapped first: on i386 the frame gets the very top or bottom
+    std::unique_ptr<kit::GuardedPages> windows[kWindows];
+};
+Memory &memory(kit::Place place) {
+    static std::unique_ptr<Memory> memories[3];  // placement only means something on 32-bit targets
+    auto &m = memories[sizeof(void *) == 4 ? int(place) : 0];
+    if (m == nullptr) m = std::make_unique<Memory>(place);
+    return *m;
+}
+
 kit::Table table;
 const kit::GuardedInput hatch(kit::Bytes(kit::kHatchPatterns, kit::kHatchPatterns + 48));
 
 // srn_get; a new fragment store replaces the old one, which the harness
-// frees (the library never does) so that inputs do not leak.
-void start(const UiConfig *config) {
+// frees (the library never does) so that inputs do not leak.  Every input
+// starts from fresh settings, an empty fragment store and no reports.
+void start(const UiConfig *config, bool fresh = false) {
     uint8_t *old = ui::settings.scratchBuffer;
+    if (fresh) ui::settings = ui::Settings{}, reports = drawn = 0;
     table.get(srn_get, logReport, config);
     if (ui::settings.scratchBuffer != old) std::free(old);
 }
 
-// Every input starts from fresh settings and an empty fragment store.
-void fresh(int32_t bytesPerPixel) {
-    std::free(ui::settings.scratchBuffer);
-    ui::settings = ui::Settings{};
-    reports = drawn = 0;
-    const UiConfig config{hatch.data(), bytesPerPixel};
-    start(&config);
-}
-
-// The state of one input: its reader, the frame and where records go.
-struct Session {
-    explicit Session(Reader &reader) : in(reader) {}
+// One input: its reader, the frame, where records go and what was handed over.
+struct Input {
+    explicit Input(Reader &reader) : in(reader) {}
     Reader &in;
+    Memory *records = nullptr;
     std::unique_ptr<kit::Frame> frame;
-    kit::Place place = kit::Place::anywhere;
     uint8_t *tiles = nullptr;  // the whole map, even when the surface names less
     size_t tileCount = 0;
     const UiGlyphCache *cache = nullptr;
-    std::vector<std::unique_ptr<kit::GuardedInput>> held, kept;  // for the input, for the call
+    std::vector<std::pair<const uint8_t *, kit::Bytes>> given;  // the library only reads these
 
-    const uint8_t *keep(const kit::Bytes &bytes, bool forInput = false) {
-        auto &list = forInput ? held : kept;
-        list.push_back(std::make_unique<kit::GuardedInput>(bytes, place));
-        return list.back()->data();
+    // A copy of the bytes that ends right before an inaccessible page.
+    const uint8_t *keep(kit::Bytes bytes) {
+        if (given.size() == kWindows || bytes.size() > kWindowBytes) std::abort();
+        uint8_t *at = records->windows[given.size()]->end() - bytes.size();
+        if (!bytes.empty()) std::memcpy(at, bytes.data(), bytes.size());
+        given.emplace_back(at, std::move(bytes));
+        return at;
     }
-    // A read-only copy of a record, ending right before an inaccessible page.
     template <typename T>
-    const T *ro(const T &record, bool forInput = false) {
+    const T *ro(const T &record) {
         const auto *p = reinterpret_cast<const uint8_t *>(&record);
-        return reinterpret_cast<const T *>(keep(kit::Bytes(p, p + sizeof record), forInput));
+        return reinterpret_cast<const T *>(keep(kit::Bytes(p, p + sizeof record)));
     }
-    // The first `count` 32-bit words of a record, each a num().
+    // The record with its first `count` 32-bit words read, each a num().
     template <typename T>
-    T &fill(T &record, size_t count = sizeof(T) / 4) {
+    T fill(T record, size_t count = sizeof(T) / 4) {
         for (size_t i = 0; i < count; ++i) {
             const int32_t word = in.num();
             std::memcpy(reinterpret_cast<uint8_t *>(&record) + 4 * i, &word, 4);
         }
         return record;
-    }
-    template <typename T>
-    T words() {
-        T record{};
-        return fill(record);
     }
     dirtybuf *dirtyOrNull() { return in.u8() & 1 ? nullptr : &frame->dirty(); }
 };
@@ -111,15 +169,15 @@ struct Session {
 // The header: frame geometry, placement and stride; origin; null pixels or
 // tiles or a smaller tile map; the source depth and byte order; the glyph
 // cache.
-void setUp(Session &s) {
+void setUp(Input &s) {
     Reader &in = s.in;
-    static const kit::Place kPlaces[4] = {kit::Place::anywhere, kit::Place::top, kit::Place::bottom,
-                                          kit::Place::anywhere};
+    static const kit::Place kPlaces[4] = {kit::Place::anywhere, kit::Place::top, kit::Place::bottom, kit::Place::anywhere};
     static const int32_t kPads[4] = {0, 1, 7, 57};
     const int32_t width = in.u8(), height = in.u8();
     const uint8_t shape = in.u8(), variant = shape & 0x80 ? in.u8() : 0;
-    s.frame = std::make_unique<kit::Frame>(width, height, 0x405060, kit::Layout{kPlaces[shape & 3], kPads[shape >> 4 & 3]});
-    s.place = kPlaces[shape >> 2 & 3];
+    s.frame = std::make_unique<kit::Frame>(width, height, 0x405060,
+                                           kit::Layout{{}, kPads[shape >> 4 & 3], &memory(kPlaces[shape & 3]).frame});
+    s.records = &memory(kPlaces[shape >> 2 & 3]);
     UiSurface &surface = s.frame->surface();
     s.tiles = surface.dirty.tiles;
     s.tileCount = size_t(surface.dirty.columns * surface.dirty.rows);
@@ -130,7 +188,8 @@ void setUp(Session &s) {
     if (variant & 2) surface.dirty.tiles = nullptr;
     surface.dirty.columns -= variant >> 2 & 1;
     surface.dirty.rows -= variant >> 3 & 1;
-    fresh(in.num());
+    const UiConfig config{hatch.data(), in.num()};
+    start(&config, true);
     table.setSourceByteOrder(in.u8());
 
     // Entries laid out at the size declared (0-1024), or a negative size
@@ -146,9 +205,9 @@ void setUp(Session &s) {
     UiGlyphCache cache = *glyphs.cache();
     cache.entryDataSize = size < 0 ? size : laid;
     if (form & 4) cache.entryCount = std::min(in.num(), count);
-    const size_t bytes = size_t(count) * size_t(laid + 8);
-    cache.entries = form & 1 ? nullptr : s.keep(kit::Bytes(cache.entries, cache.entries + bytes), true);
-    s.cache = form & 2 ? nullptr : s.ro(cache, true);
+    const uint8_t *entries = cache.entries;
+    cache.entries = form & 1 ? nullptr : s.keep(kit::Bytes(entries, entries + size_t(count) * size_t(laid + 8)));
+    s.cache = form & 2 ? nullptr : s.ro(cache);
 }
 
 // The Hextile read callback serves the current call's body.
@@ -169,26 +228,24 @@ int readHextile(uint8_t *buffer, int32_t length) {
 
 // One call to `slot` (25: srn_get again) with its record decoded from the
 // input.
-void call(Session &s, int slot) {
+void call(Input &s, int slot) {
     Reader &in = s.in;
     UiSurface &surface = s.frame->surface();
     imgbuf *image = &surface.image;
     const bool clipped = slot >= UI_SLOT_DST_BLT && slot <= UI_SLOT_MEM_BLT && slot != UI_SLOT_DECODE_BITMAP;
-    const UiClipRect *clip = clipped ? s.ro(in.u8() & 1 ? s.words<UiClipRect>() : s.frame->all()) : nullptr;
+    const UiClipRect *clip = clipped ? s.ro(in.u8() & 1 ? s.fill(UiClipRect{}) : s.frame->all()) : nullptr;
     switch (slot) {
         case UI_SLOT_BITMAP_UPDATE: {
-            UiBitmapData b{};
-            s.fill(b, 8);
+            UiBitmapData b = s.fill(UiBitmapData{}, 8);
             const int32_t stated = in.num();
             const kit::Bytes data = in.blob();
             b.bitmapLength = std::min(stated, data.length());  // the data holds what the record states
             b.bitmapDataStream = s.keep(data);
             return table.bitmapUpdate(surface, *s.ro(b));
         }
-        case UI_SLOT_DST_BLT: return table.dstBlt(surface, *s.ro(s.words<UiDstBltOrder>()), *clip);
+        case UI_SLOT_DST_BLT: return table.dstBlt(surface, *s.ro(s.fill(UiDstBltOrder{})), *clip);
         case UI_SLOT_PAT_BLT: {
-            UiPatBltOrder o{};
-            s.fill(o, 16);  // up to the brush data
+            UiPatBltOrder o = s.fill(UiPatBltOrder{}, 16);  // up to the brush data
             // The client resolves a cached brush: 8 bytes or 64 pixels.
             const int32_t style = o.brushStyle;
             kit::Bytes brush = in.blob();
@@ -196,12 +253,11 @@ void call(Session &s, int slot) {
             o.brushData = in.u8() & 1 ? nullptr : s.keep(brush);
             return table.patBlt(surface, *s.ro(o), *clip);
         }
-        case UI_SLOT_SCR_BLT: return table.scrBlt(surface, *s.ro(s.words<UiScrBltOrder>()), *clip);
-        case UI_SLOT_DRAW_LINE: return table.drawLine(surface, *s.ro(s.words<UiLineOrder>()), *clip);
-        case UI_SLOT_OPAQUE_RECT: return table.opaqueRect(surface, *s.ro(s.words<UiOpaqueRectOrder>()), *clip);
+        case UI_SLOT_SCR_BLT: return table.scrBlt(surface, *s.ro(s.fill(UiScrBltOrder{})), *clip);
+        case UI_SLOT_DRAW_LINE: return table.drawLine(surface, *s.ro(s.fill(UiLineOrder{})), *clip);
+        case UI_SLOT_OPAQUE_RECT: return table.opaqueRect(surface, *s.ro(s.fill(UiOpaqueRectOrder{})), *clip);
         case UI_SLOT_GLYPH_INDEX: {
-            UiGlyphIndexOrder o = kit::glyphIndexOrder(s.cache, {}, 0, 0, {});
-            s.fill(o, 20);  // up to cbData
+            UiGlyphIndexOrder o = s.fill(kit::glyphIndexOrder(s.cache, {}, 0, 0, {}), 20);  // up to cbData
             const int32_t cbData = in.num();
             o.opRectExplicit = in.u8();
             const kit::Bytes text = in.blob();
@@ -210,8 +266,7 @@ void call(Session &s, int slot) {
             return table.glyphIndex(surface, *s.ro(o), *clip);
         }
         case UI_SLOT_FAST_GLYPH: {
-            UiFastGlyphOrder o = kit::fastGlyphOrder(s.cache, {}, 0, 0, 0);
-            s.fill(o, 20);  // up to cbData
+            UiFastGlyphOrder o = s.fill(kit::fastGlyphOrder(s.cache, {}, 0, 0, 0), 20);  // up to cbData
             o.rgbData[0] = in.u8();
             return table.fastGlyph(surface, *s.ro(o), *clip);
         }
@@ -230,8 +285,7 @@ void call(Session &s, int slot) {
             return check(result == 0 || result == 1, "decodeBitmap returned neither 0 nor 1");
         }
         case UI_SLOT_MEM_BLT: {
-            UiMemBltOrder o{};
-            s.fill(o, 11);
+            UiMemBltOrder o = s.fill(UiMemBltOrder{}, 11);
             o.bitmapWidth = int32_t(uint32_t(o.bitmapWidth) % 257), o.bitmapHeight = int32_t(uint32_t(o.bitmapHeight) % 257);
             kit::Bytes pixels(size_t(o.bitmapWidth) * size_t(o.bitmapHeight) * 4);
             for (size_t i = 0; i < pixels.size(); ++i) pixels[i] = uint8_t(i * 7 + 1);
@@ -240,7 +294,7 @@ void call(Session &s, int slot) {
         }
         case UI_SLOT_SET_SOURCE_BYTES_PER_PIXEL_4: return table.setSourceBytesPerPixel4();
         case UI_SLOT_FILL_BUFFER_RECT: {
-            const UiRect *r = s.ro(s.words<UiRect>());
+            const UiRect *r = s.ro(s.fill(UiRect{}));
             dirtybuf *dirty = s.dirtyOrNull();
             return table.fillBufferRect(image, dirty, *r, uint32_t(in.num()));
         }
@@ -262,27 +316,23 @@ void call(Session &s, int slot) {
         }
         case UI_SLOT_SET_SOURCE_BYTE_ORDER: return table.setSourceByteOrder(in.u8());
         case UI_SLOT_PUT_PIXELS: {
-            const UiRect r = s.words<UiRect>();
+            const UiRect r = s.fill(UiRect{});
             kit::Bytes src = in.blob();  // width x height pixels; no frame holds 65,536
             const int64_t pixels = r.width < 0 || r.height < 0 ? 0 : int64_t(r.width) * r.height;
             src.resize(pixels <= 65536 ? size_t(pixels) * 4 : 0, 0x5a);
             return (void)table.putPixels(image, &s.frame->dirty(), *s.ro(r), s.keep(src));
         }
         case UI_SLOT_COPY_RECT: {
-            const UiRect *r = s.ro(s.words<UiRect>());
+            const UiRect *r = s.ro(s.fill(UiRect{}));
             const int32_t x = in.num(), y = in.num();
             return (void)table.copyRect(image, &s.frame->dirty(), *r, x, y);
         }
         case UI_SLOT_ZRLE_RAW_TILE ... UI_SLOT_ZRLE_PALETTE_RLE_TILE: {
-            UiTileStream t{};
-            s.fill(t, 4);
-            const uint8_t byte = in.u8(), nulls = in.u8();
+            // The sub-encoding byte picks the entry point as the client
+            // dispatches it (0, 1, 2-127, 128, 129-255).
+            UiTileStream t = s.fill(UiTileStream{}, 4);
+            const uint8_t sub = in.u8(), nulls = in.u8();
             const kit::Bytes body = in.blob();
-            // The client dispatches the sub-encoding byte: 0, 1, 2-127, 128, 129-255.
-            const int32_t sub = slot == UI_SLOT_ZRLE_RAW_TILE ? 0 : slot == UI_SLOT_ZRLE_SOLID_TILE ? 1
-                                : slot == UI_SLOT_ZRLE_PLAIN_RLE_TILE                               ? 128
-                                : slot == UI_SLOT_ZRLE_PACKED_PALETTE_TILE ? (byte >= 2 && byte < 128 ? byte : 2 + byte % 126)
-                                                                           : (byte > 128 ? byte : 129 + byte % 127);
             t.image = nulls & 1 ? nullptr : image;
             t.dirty = nulls & 2 ? nullptr : &s.frame->dirty();
             t.ptr = s.keep(body);
@@ -310,7 +360,7 @@ void call(Session &s, int slot) {
             return;
         }
         case UI_SLOT_HEXTILE_RECT: {
-            const UiRect *r = s.ro(s.words<UiRect>());
+            const UiRect *r = s.ro(s.fill(UiRect{}));
             source.body = in.blob(), source.at = 0, source.failed = false;
             const int32_t result = table.hextileRect(image, &s.frame->dirty(), *r, readHextile);
             check(result == 0 || result == 1, "hextileRect returned neither 0 nor 1");
@@ -325,12 +375,14 @@ void call(Session &s, int slot) {
 }
 
 // Calls until the input ends (at most 64), each to the slot named when the
-// target has it, else to one of the target's slots; after each, the frame,
-// its tile map and the surface record are checked.
+// target has it, else to one of the target's slots.  After each: the blocks
+// handed over are unchanged; for a call given the frame, its guards, tile
+// map and surface record are as they may be.
 void session(Reader &in, const std::vector<int> &slots) {
-    Session s(in);
+    Input s(in);
     setUp(s);
     UiSurface &surface = s.frame->surface();
+    const size_t held = s.given.size();
     std::vector<uint8_t> tiles(s.tileCount);
     for (int calls = 0; in.more() && calls < 64; ++calls) {
         const uint8_t op = in.u8();
@@ -339,7 +391,11 @@ void session(Reader &in, const std::vector<int> &slots) {
         std::memcpy(&before, &surface, sizeof before);
         std::copy_n(s.tiles, s.tileCount, tiles.begin());
         call(s, slot);
-        s.kept.clear();
+        for (const auto &[at, bytes] : s.given)
+            check(bytes.empty() || std::memcmp(at, bytes.data(), bytes.size()) == 0, "a block the library only reads was written");
+        s.given.resize(held);
+        // Slots 8, 10, 15, 23 and srn_get are not given the frame.
+        if (slot == 8 || slot == 10 || slot == 15 || slot == 23 || slot >= 25) continue;
 
         const uint8_t changed = surface.dirty.changed;
         check(s.frame->guardsIntact(), "a guard band, tile guard, client word or pad byte was written");
@@ -361,13 +417,17 @@ void session(Reader &in, const std::vector<int> &slots) {
 // the stream.  Whatever the peer decodes, ui32 decodes to the same pixels
 // (bits 0-23; its array is bottom-up, the peer's top-down).
 void differential(Reader &in, bool planar) {
-    fresh(planar ? 4 : 3);
+    const UiConfig config{hatch.data(), planar ? 4 : 3};
+    start(&config, true);
     const int32_t width = 1 + in.u8() % 64, height = 1 + in.u8() % 64;
-    const kit::Bytes data = in.rest();
-    const kit::GuardedInput input(data);
+    kit::Bytes data = in.rest();
+    data.resize(std::min(data.size(), kWindowBytes));
+    uint8_t *input = memory(kit::Place::anywhere).windows[0]->end() - data.size();
+    if (!data.empty()) std::memcpy(input, data.data(), data.size());
     std::vector<uint32_t> ours(size_t(width * height), 0xff000000);  // byte 3 set: not written
-    const bool accepted = table.decodeBitmap(width, height, input.data(), input.size(), true, ours.data()) == 1;
+    const bool accepted = table.decodeBitmap(width, height, input, data.length(), true, ours.data()) == 1;
     drawn += accepted;
+    check(data.empty() || std::memcmp(input, data.data(), data.size()) == 0, "the decoder wrote into its input");
 #ifdef UI32_FUZZ_PEER
     // The peer leaves the pixels its stream does not reach as its scratch
     // buffer held them: decoded once after a black and once after a white
@@ -402,12 +462,6 @@ void differential(Reader &in, bool planar) {
 #endif
 }
 
-std::vector<int> range(int first, int last) {
-    std::vector<int> slots;
-    for (int i = first; i <= last; ++i) slots.push_back(i);
-    return slots;
-}
-
 template <int... Slots>
 void family(Reader &in) {
     static const std::vector<int> slots{Slots...};
@@ -424,12 +478,7 @@ int32_t Reader::num() {
     return int32_t(u32());
 }
 
-kit::Bytes Reader::blob() {
-    const size_t n = std::min<size_t>(u16(), size_t(end_ - p_));
-    p_ += n;
-    return kit::Bytes(p_ - n, p_);
-}
-
+// The writer's side, for the seeds.
 kit::Bytes &num(kit::Bytes &out, int32_t v) {
     if (v >= -64 && v <= 127) return out({uint8_t(v + 0x40)});
     if (v == int16_t(v)) return out({0xe0}).u16(uint32_t(v));
@@ -438,7 +487,7 @@ kit::Bytes &num(kit::Bytes &out, int32_t v) {
 
 kit::Bytes &blob(kit::Bytes &out, const kit::Bytes &bytes) { return out.u16(uint32_t(bytes.size()))(bytes); }
 
-const std::vector<Target> kTargets = {
+const std::vector<Target> kTargets = {  // in the order of fuzz/targets.txt
     {"bitmap_update", family<0, 10, 15>},
     {"decode_bitmap", family<8, 10, 15>},
     {"rect_orders", family<1, 3, 5, 9>},
@@ -449,15 +498,36 @@ const std::vector<Target> kTargets = {
     {"zrle_tiles", family<18, 19, 20, 21, 22>},
     {"hextile", family<24>},
     {"primitives", family<11, 12, 13, 14, 16, 17, 23>},
-    {"session", [](Reader &in) { static const std::vector<int> all = range(0, UI_SLOT_COUNT); session(in, all); }},
+    {"session", family<0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21, 22, 23, 24, 25>},
     {"interleaved_diff", [](Reader &in) { differential(in, false); }},
     {"planar_diff", [](Reader &in) { differential(in, true); }},
 };
 
-const Target *findTarget(const std::string &name) {
-    for (const Target &t : kTargets)
-        if (name == t.name) return &t;
-    return nullptr;
+}  // namespace fuzz
+
+#ifdef UI32_FUZZ_ENTRY
+namespace {
+const fuzz::Target *target = nullptr;
 }
 
-}  // namespace fuzz
+extern "C" int LLVMFuzzerInitialize(int *, char ***argv) {
+    setenv("WLOG_LEVEL", "OFF", 0);  // the peer's own log
+    const char *slash = std::strrchr((*argv)[0], '/'), *name = slash != nullptr ? slash + 1 : (*argv)[0];
+    for (const fuzz::Target &t : fuzz::kTargets)
+        if (std::strcmp(t.name, name) == 0) target = &t;
+    if (target == nullptr) std::fprintf(stderr, "fuzz: run me under a target's name (fuzz/targets.txt)\n"), std::exit(2);
+    std::atexit([] {  // the differential targets' agreement counts
+        for (const fuzz::Agreement &a : fuzz::agreement)
+            if (a.both + a.ui32Only + a.peerOnly + a.neither + a.refusedForm != 0)
+                std::fprintf(stderr, "agreement: both %ld ui32-only %ld peer-only %ld neither %ld refused-form %ld\n",
+                             a.both, a.ui32Only, a.peerOnly, a.neither, a.refusedForm);
+    });
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
+    fuzz::Reader in(data, size);
+    target->run(in);
+    return 0;
+}
+#endif

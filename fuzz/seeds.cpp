@@ -10,7 +10,7 @@
 #include <fstream>
 #include <string>
 
-#include "harness.h"
+#include "harness.cpp"
 #include "peer.h"
 #include "records.h"
 

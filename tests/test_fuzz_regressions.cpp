@@ -11,6 +11,10 @@
 #include "../fuzz/harness.cpp"
 #include "library.h"
 
+namespace fuzz {
+void PrintTo(const Target &t, std::ostream *os) { *os << t.name; }  // in test names
+}  // namespace fuzz
+
 namespace {
 
 namespace fs = std::filesystem;

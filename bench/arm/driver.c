@@ -244,6 +244,19 @@ static void drawLine(const Workload *k) {
     }
 }
 
+/* The client's solid lines (slots 13 and 14) along the same 64 lines:
+ * variant 1 horizontal, 2 vertical. */
+static void primitiveLine(const Workload *k) {
+    int i;
+    for (i = 0; i < 64; ++i) {
+        const int32_t *e = lineEnds[i];
+        if (k->variant == 1)
+            SLOT(UiHLineFn, UI_SLOT_H_LINE)(&surface.image, &surface.dirty, e[0], e[1], e[2] - e[0] + 1, 0x204a87);
+        else
+            SLOT(UiVLineFn, UI_SLOT_V_LINE)(&surface.image, &surface.dirty, e[0], e[1], e[3] - e[1] + 1, 0x204a87);
+    }
+}
+
 /* Text: one line of 80 glyphs of 8 x 16 at (100, 200).  glyphs.bin holds
  * the cache entries, the string in each form (param = form), the line. */
 enum { TEXT_X = 100, TEXT_Y = 200, GLYPHS = 80, CELL_W = 8, CELL_H = 16 };
@@ -411,6 +424,8 @@ static const Workload workloads[] = {
     {"lines/drawLine sloped/64 x 767 px", "memset", linesSetup, drawLine, 0, 0, 0, NULL},
     {"lines/drawLine horizontal/64 x 1023 px", "memset", linesSetup, drawLine, 0, 0, 1, NULL},
     {"lines/drawLine vertical/64 x 767 px", "memset", linesSetup, drawLine, 0, 0, 2, NULL},
+    {"lines/hLine/64 x 1023 px", "memset", linesSetup, primitiveLine, 0, 0, 1, NULL},
+    {"lines/vLine/64 x 767 px", "memset", linesSetup, primitiveLine, 0, 0, 2, NULL},
     TEXT("glyphIndex fixed advance", FORM_FIXED),
     TEXT("glyphIndex opaque background", FORM_OPAQUE),
     TEXT("glyphIndex fragments", FORM_FRAGMENTS),

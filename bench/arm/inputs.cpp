@@ -1,7 +1,7 @@
 // Writes the input files of the ARM instruction counts (bench/arm/driver.c
 // reads them): the same bitmap streams, RFB bodies and glyphs as the x86
-// benchmarks, built here on the host with the peer encoder so that the ARM
-// side only reads files.
+// benchmarks (streams.h, glyphs.h), built here on the host with the kit's
+// and the peer's encoders so that the ARM side only reads files.
 //
 //   usage: ui32-armbench-inputs DIR
 //
@@ -14,7 +14,6 @@
 #include <vector>
 
 #include "glyphs.h"
-#include "rfbStreams.h"
 #include "streams.h"
 
 namespace {
@@ -88,11 +87,11 @@ int main(int argc, char **argv) {
         File f(dir, k.name);
         for (const RfbTile &t : rfbTiles(k.kind)) f.add(t.x, t.y, kRfbTile, kRfbTile, t.subencoding, t.body);
     }
-    // The x86 benchmarks' Hextile rectangles: 256 x 256 at (192, 112).
+    // The x86 benchmarks' Hextile rectangles.
     for (const auto &[name, picture] : {std::pair{"hextile-desktop.bin", &desktopPicture()},
                                         std::pair{"hextile-photo.bin", &photoPicture()}}) {
         File f(dir, name);
-        f.add(192, 112, 256, 256, 0, encodeHextile(picture->crop(192, 112, 256, 256)));
+        f.add(kHextileX, kHextileY, kHextileSize, kHextileSize, 0, hextileRect(*picture));
     }
 
     // Glyphs: the cache entries (param: entry count, width: entry bytes),

@@ -18,6 +18,8 @@ size_t page() {
     return size;
 }
 
+constexpr unsigned long long kStackRoom = 32ull << 20;
+
 bool mapExactly(uintptr_t address, size_t size) {
 #ifdef MAP_FIXED_NOREPLACE
     void *m = mmap(reinterpret_cast<void *>(address), size, PROT_READ | PROT_WRITE,
@@ -43,6 +45,9 @@ uint8_t *mapAtEdge(size_t size, bool top) {
         char line[512];
         while (std::fgets(line, sizeof line, maps))
             if (std::sscanf(line, "%llx-%llx", &from, &to) == 2 && from < 0x100000000ull) {
+                // The stack grows down into the free space below it (8 MiB
+                // by default, and the kernel's guard gap): none of it is taken.
+                if (std::strstr(line, "[stack]") != nullptr) from = from > kStackRoom ? from - kStackRoom : 0;
                 if (from > last) gaps.emplace_back(last, uintptr_t(from));
                 last = std::max(last, uintptr_t(std::min(to, 0xfffff000ull)));
             }

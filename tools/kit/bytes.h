@@ -35,6 +35,7 @@ public:
     GuardedPages(const GuardedPages &) = delete;
     GuardedPages &operator=(const GuardedPages &) = delete;
     uint8_t *end() const { return end_; }  // the first inaccessible byte
+    size_t size() const { return size_t(end_ - mapping_); }  // bytes usable before it
     void readOnly() const;
 
 private:

@@ -19,6 +19,9 @@ inline constexpr uint32_t kSentinel = 0xdeadbeef;
 struct Layout {
     Place place = Place::anywhere;
     int32_t padWords = 0;
+    // Pages mapped beforehand that hold the store (then `place` is theirs),
+    // so that a caller making many frames maps memory once; null: new pages.
+    GuardedPages *pages = nullptr;
 };
 
 class Frame {
@@ -53,7 +56,7 @@ private:
     static constexpr int32_t kGuard = 8;  // pixels left and right, rows above and below, tile bytes
     int32_t width_, height_;
     size_t rowWords_;
-    std::unique_ptr<GuardedPages> pages_;
+    std::unique_ptr<GuardedPages> own_;  // when the layout gave none
     uint32_t *store_;
     std::vector<uint8_t> tiles_;
     UiSurface surface_{};

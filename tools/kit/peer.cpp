@@ -50,22 +50,40 @@ PeerDecoders::~PeerDecoders() {
 
 bool PeerDecoders::interleaved(const uint8_t *data, int32_t length, int32_t w, int32_t h, std::vector<uint32_t> &out) {
     out.assign(size_t(w) * size_t(h), 0);
-    const BOOL ok = interleaved_decompress(static_cast<BITMAP_INTERLEAVED_CONTEXT *>(interleaved_), data, UINT32(length),
-                                           uint32_t(w), uint32_t(h), 24, reinterpret_cast<BYTE *>(out.data()),
-                                           PIXEL_FORMAT_BGRX32, uint32_t(w) * 4, 0, 0, uint32_t(w), uint32_t(h), nullptr);
+    const bool ok = interleavedInto(data, length, w, h, reinterpret_cast<uint8_t *>(out.data()), uint32_t(w) * 4, 0, 0);
     for (uint32_t &p : out) p &= 0xFFFFFF;
-    return ok != 0;
+    return ok;
 }
 
 bool PeerDecoders::planar(const uint8_t *data, int32_t length, int32_t w, int32_t h, std::vector<uint32_t> &out) {
     out.assign(size_t(w) * size_t(h), 0);
-    auto *context = static_cast<BITMAP_PLANAR_CONTEXT *>(planar_);
-    if (!freerdp_bitmap_planar_context_reset(context, uint32_t(w), uint32_t(h))) return false;
-    const BOOL ok = planar_decompress(context, data, UINT32(length), uint32_t(w), uint32_t(h),
-                                      reinterpret_cast<BYTE *>(out.data()), PIXEL_FORMAT_BGRX32, uint32_t(w) * 4, 0, 0,
-                                      uint32_t(w), uint32_t(h), TRUE);
+    // A fresh context for every bitmap: nothing of an earlier stream shows.
+    if (!freerdp_bitmap_planar_context_reset(static_cast<BITMAP_PLANAR_CONTEXT *>(planar_), uint32_t(w), uint32_t(h)))
+        return false;
+    planarWidth_ = w, planarHeight_ = h;
+    const bool ok = planarInto(data, length, w, h, reinterpret_cast<uint8_t *>(out.data()), uint32_t(w) * 4, 0, 0, true);
     for (uint32_t &p : out) p &= 0xFFFFFF;
-    return ok != 0;
+    return ok;
+}
+
+bool PeerDecoders::interleavedInto(const uint8_t *data, int32_t length, int32_t w, int32_t h, uint8_t *dst,
+                                   uint32_t stride, int32_t x, int32_t y) {
+    return interleaved_decompress(static_cast<BITMAP_INTERLEAVED_CONTEXT *>(interleaved_), data, UINT32(length),
+                                  uint32_t(w), uint32_t(h), 24, dst, PIXEL_FORMAT_BGRX32, stride, uint32_t(x),
+                                  uint32_t(y), uint32_t(w), uint32_t(h), nullptr) != 0;
+}
+
+bool PeerDecoders::planarInto(const uint8_t *data, int32_t length, int32_t w, int32_t h, uint8_t *dst, uint32_t stride,
+                              int32_t x, int32_t y, bool flip) {
+    auto *context = static_cast<BITMAP_PLANAR_CONTEXT *>(planar_);
+    // Made for one size: remade only when the size changes, so that a run of
+    // bitmaps of one size is decoded with the context a client keeps.
+    if (w != planarWidth_ || h != planarHeight_) {
+        if (!freerdp_bitmap_planar_context_reset(context, uint32_t(w), uint32_t(h))) return false;
+        planarWidth_ = w, planarHeight_ = h;
+    }
+    return planar_decompress(context, data, UINT32(length), uint32_t(w), uint32_t(h), dst, PIXEL_FORMAT_BGRX32, stride,
+                             uint32_t(x), uint32_t(y), uint32_t(w), uint32_t(h), flip ? TRUE : FALSE) != 0;
 }
 
 }  // namespace kit

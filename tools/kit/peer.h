@@ -26,8 +26,18 @@ public:
     bool interleaved(const uint8_t *data, int32_t length, int32_t width, int32_t height, std::vector<uint32_t> &out);
     bool planar(const uint8_t *data, int32_t length, int32_t width, int32_t height, std::vector<uint32_t> &out);
 
+    // The same into a buffer whose rows are `stride` bytes apart, the
+    // bitmap's top-left at (x, y), B, G, R, X bytes as the peer writes them:
+    // interleaved top-down; planar top-down when `flip`, else in stream order
+    // (bottom row first).  The benchmarks time these.
+    bool interleavedInto(const uint8_t *data, int32_t length, int32_t width, int32_t height, uint8_t *dst,
+                         uint32_t stride, int32_t x, int32_t y);
+    bool planarInto(const uint8_t *data, int32_t length, int32_t width, int32_t height, uint8_t *dst, uint32_t stride,
+                    int32_t x, int32_t y, bool flip);
+
 private:
     void *interleaved_, *planar_;
+    int32_t planarWidth_ = 64, planarHeight_ = 64;  // the size the planar context was made for
 };
 
 }  // namespace kit

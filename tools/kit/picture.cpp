@@ -182,7 +182,7 @@ int bitsPerIndex(int paletteSize) { return paletteSize <= 2 ? 1 : paletteSize <=
 
 }  // namespace
 
-Bytes zrleTile(const Picture &tile) {
+Bytes zrleTile(const Picture &tile, int subencoding) {
     std::vector<uint32_t> palette;
     std::map<uint32_t, int> index;
     for (uint32_t p : tile.pixels) {
@@ -193,31 +193,38 @@ Bytes zrleTile(const Picture &tile) {
         if (palette.size() == 128) break;  // too many for any palette sub-encoding
     }
     const int colours = int(palette.size());
+    if ((subencoding == 2 && colours > 16) || (subencoding == 130 && colours > 127)) return {};
     const std::vector<Run> runs = runsOf(tile);
     Bytes out;
-    if (colours == 1) {
+    if (subencoding == 1 || (subencoding < 0 && colours == 1)) {
         out.push_back(1);
         cpixel(out, palette[0]);
         return out;
     }
-    const long area = long(tile.width) * tile.height;
-    const long rawSize = 3 * area;
-    long plainRleSize = 0;
-    for (const Run &r : runs) plainRleSize += 3 + runLengthBytes(r.length);
-    long packedSize = -1, paletteRleSize = -1;
-    if (colours <= 16) {
-        const int bits = bitsPerIndex(colours);
-        packedSize = 3L * colours + long(tile.height) * ((tile.width * bits + 7) / 8);
+    int kind = subencoding;
+    if (kind < 0) {
+        const long area = long(tile.width) * tile.height;
+        const long rawSize = 3 * area;
+        long plainRleSize = 0;
+        for (const Run &r : runs) plainRleSize += 3 + runLengthBytes(r.length);
+        long packedSize = -1, paletteRleSize = -1;
+        if (colours <= 16) {
+            const int bits = bitsPerIndex(colours);
+            packedSize = 3L * colours + long(tile.height) * ((tile.width * bits + 7) / 8);
+        }
+        if (colours <= 127) {
+            paletteRleSize = 3L * colours;
+            for (const Run &r : runs) paletteRleSize += r.length == 1 ? 1 : 1 + runLengthBytes(r.length);
+        }
+        long best = rawSize;
+        kind = 0;
+        if (plainRleSize < best) best = plainRleSize, kind = 128;
+        if (packedSize >= 0 && packedSize < best) best = packedSize, kind = 2;
+        if (paletteRleSize >= 0 && paletteRleSize < best) best = paletteRleSize, kind = 130;
     }
-    if (colours <= 127) {
-        paletteRleSize = 3L * colours;
-        for (const Run &r : runs) paletteRleSize += r.length == 1 ? 1 : 1 + runLengthBytes(r.length);
-    }
-    long best = rawSize;
-    int kind = 0;
-    if (plainRleSize < best) best = plainRleSize, kind = 128;
-    if (packedSize >= 0 && packedSize < best) best = packedSize, kind = 2;
-    if (paletteRleSize >= 0 && paletteRleSize < best) best = paletteRleSize, kind = 130;
+    // A palette of one colour would read as the solid sub-encoding.
+    const int entries = std::max(colours, 2);
+    palette.resize(size_t(entries), 0);
 
     if (kind == 0) {
         out.push_back(0);
@@ -229,9 +236,9 @@ Bytes zrleTile(const Picture &tile) {
             runLength(out, r.length);
         }
     } else if (kind == 2) {
-        out.push_back(uint8_t(colours));
+        out.push_back(uint8_t(entries));
         for (uint32_t p : palette) cpixel(out, p);
-        const int bits = bitsPerIndex(colours);
+        const int bits = bitsPerIndex(entries);
         for (int y = 0; y < tile.height; ++y) {
             int used = 0;
             uint8_t acc = 0;
@@ -247,7 +254,7 @@ Bytes zrleTile(const Picture &tile) {
             if (used > 0) out.push_back(uint8_t(acc << (8 - used)));
         }
     } else {
-        out.push_back(uint8_t(128 + colours));
+        out.push_back(uint8_t(128 + entries));
         for (uint32_t p : palette) cpixel(out, p);
         for (const Run &r : runs) {
             const int i = index[r.colour];

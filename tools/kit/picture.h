@@ -38,8 +38,12 @@ Bytes interleavedImages(const Picture &p);
 Bytes planar(const Picture &p, bool rle, bool alpha);
 
 // One ZRLE tile (at most 64 x 64): the sub-encoding byte, then the body of
-// the smallest sub-encoding.  A whole rectangle, 64 x 64 tiles row by row.
-Bytes zrleTile(const Picture &tile);
+// the smallest sub-encoding, or of the one asked for: 0 raw, 1 solid (the
+// first pixel's colour), 128 plain run-length, 2 packed palette or 130
+// palette run-length (a palette of the tile's colours, at least two; empty
+// when the tile has too many colours for it).  A whole rectangle, 64 x 64
+// tiles row by row.
+Bytes zrleTile(const Picture &tile, int subencoding = -1);
 Bytes zrleRect(const Picture &p);
 // One Hextile rectangle, 4-byte pixels blue, green, red, 0.
 Bytes hextile(const Picture &p);
