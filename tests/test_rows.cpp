@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "core/rows.h"
+#include "core/surface.h"
 #include "log.h"
 
 namespace {

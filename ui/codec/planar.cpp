@@ -32,6 +32,18 @@ inline void put(uint8_t *p, uint32_t v) {
     }
 }
 
+// Pixel i = red[i] << 16 | green[i] << 8 | blue[i].  Copies 1 of this and of
+// the decoder are the row functions: the decoder's own stay called once.
+template <int kCopy = 0>
+[[gnu::no_icf]] void mergePlanes(uint32_t *__restrict out, const uint8_t *__restrict red, const uint8_t *__restrict green,
+                 const uint8_t *__restrict blue, int32_t n) {
+    int32_t i = 0;
+    for (; i + 16 <= n; i += 16)
+        for (int k = 0; k < 16; ++k) out[i + k] = uint32_t(red[i + k]) << 16 | uint32_t(green[i + k]) << 8 | blue[i + k];
+    for (; i < n; ++i) out[i] = uint32_t(red[i]) << 16 | uint32_t(green[i]) << 8 | blue[i];
+}
+
+template <int kCopy = 0>
 class PlanarDecoder : public ui::rlecontext {
 public:
     explicit PlanarDecoder(const rlecontext &c) : rlecontext(c) {}
@@ -53,13 +65,16 @@ public:
     // One run-length plane into byte `position` (0 blue, 1 green, 2 red) of
     // every pixel: 1, or 0 when a segment overruns its row or the input runs
     // out before the plane is complete.
-    int32_t RDP6_decompressPlane(int position) { return ui::rows::decodePlane(stream, dst, width, height, position); }
+    int32_t RDP6_decompressPlane(int position) {
+        if constexpr (ui::kNeonRows) return ui::rows::decodePlane(stream, dst, width, height, position);
+        uint8_t *row = reinterpret_cast<uint8_t *>(dst) + position;
+        return position == 2 ? plane<true>(row) : plane<false>(row);
+    }
 
-    // The plain form of that (ui::decodePlane) from row, byte `position` of
-    // the first pixel.  The plane works on a copy of the reader, which the
-    // compiler can keep in registers while it stores through byte pointers.
+    // The plane works on a copy of the reader, which the compiler can keep
+    // in registers while it stores through byte pointers.
     template <bool kRed>
-    [[gnu::noinline]] bool plane(uint8_t *row) {
+    bool plane(uint8_t *row) {
         ui::streamIn in = stream;
         bool ok = true;
         for (int32_t y = 0; ok && y < height; ++y, row += rowDelta)
@@ -141,7 +156,7 @@ private:
     }
 
     template <bool kRed, bool kFirst>
-    [[gnu::noinline]] static uint8_t *storeShortCold(ui::streamIn &in, uint8_t *out, ptrdiff_t above, int32_t n,
+    [[gnu::noinline, gnu::no_icf]] static uint8_t *storeShortCold(ui::streamIn &in, uint8_t *out, ptrdiff_t above, int32_t n,
                                                      uint32_t &value) {
         for (int32_t i = 0; i < n; ++i) {
             const uint8_t b = in.readU8(kFirst ? Line::firstRowRaw : Line::deltaRowRaw);
@@ -171,7 +186,7 @@ private:
         const uint8_t *planes = stream.take((alpha ? 4 : 3) * int64_t(n));
         if (planes == nullptr) return ui::fail(Site::rawPlanes);
         const uint8_t *red = planes + (alpha ? n : 0);
-        ui::rows::mergePlanes(dst, red, red + n, red + 2 * n, n);
+        (ui::kNeonRows ? ui::rows::mergePlanes : mergePlanes<>)(dst, red, red + n, red + 2 * n, n);
         dstPos = dstSize;
         return 1;
     }
@@ -179,17 +194,13 @@ private:
 
 }  // namespace
 
-// Pixel i = red[i] << 16 | green[i] << 8 | blue[i].
-void ui::mergePlanes(uint32_t *__restrict out, const uint8_t *__restrict red, const uint8_t *__restrict green,
-                     const uint8_t *__restrict blue, int32_t n) {
-    int32_t i = 0;
-    for (; i + 16 <= n; i += 16)
-        for (int k = 0; k < 16; ++k) out[i + k] = uint32_t(red[i + k]) << 16 | uint32_t(green[i + k]) << 8 | blue[i + k];
-    for (; i < n; ++i) out[i] = uint32_t(red[i]) << 16 | uint32_t(green[i]) << 8 | blue[i];
+// The plain forms as row functions (rows.h), the twins of the NEON ones.
+void ui::mergePlanes(uint32_t *out, const uint8_t *red, const uint8_t *green, const uint8_t *blue, int32_t n) {
+    ::mergePlanes<1>(out, red, green, blue, n);
 }
 
 bool ui::decodePlane(streamIn &in, uint32_t *pixels, int32_t width, int32_t height, int position) {
-    PlanarDecoder plane(rlecontext(width, height, pixels, in.ptr, in.left));
+    PlanarDecoder<1> plane(rlecontext(width, height, pixels, in.ptr, in.left));
     uint8_t *row = reinterpret_cast<uint8_t *>(pixels) + position;
     const bool ok = position == 2 ? plane.plane<true>(row) : plane.plane<false>(row);
     in = plane.stream;

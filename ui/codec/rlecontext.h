@@ -41,8 +41,7 @@ public:
 int32_t decodeInterleaved(rlecontext &context);
 // 1, or 0 after a refused format header or a failed plane (reported).
 int32_t decodePlanar(rlecontext &context);
-// Its row functions (rows.h): one run-length plane into byte `position` (0
-// blue, 1 green, 2 red) of each pixel, false when it fails; raw planes.
+// Row functions (rows.h): a run-length plane into byte `position` of each pixel.
 bool decodePlane(streamIn &in, uint32_t *pixels, int32_t width, int32_t height, int position);
 void mergePlanes(uint32_t *out, const uint8_t *red, const uint8_t *green, const uint8_t *blue, int32_t n);
 

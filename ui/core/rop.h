@@ -12,8 +12,7 @@ namespace ui {
 inline constexpr int32_t kRopCopy = 12;
 inline constexpr uint32_t kWhite = 0xffffff;
 
-// not(v) is 0xffffff - v: the complement of the low 24 bits.  Pixel is a
-// word or a vector of words.
+// not(v) is 0xffffff - v: the complement of the low 24 bits (word or vector).
 template <typename Pixel>
 constexpr Pixel rop2(int32_t index, Pixel s, Pixel d) {
     const auto no = [](Pixel v) { return kWhite - v; };

@@ -1,6 +1,5 @@
-// The row functions behind the library's hot loops, named once: rows::name is
-// the NEON form (ui/neon/) where the compiler targets NEON, else the plain
-// one, so call sites do not branch.
+// The row functions of the hot loops, named once: rows::name is the NEON form
+// (ui/neon/) where the compiler targets NEON, else the plain one.
 #pragma once
 
 #include "../codec/rlecontext.h"
@@ -12,8 +11,10 @@
 namespace ui {
 #if defined(__ARM_NEON)
 namespace rows = neon;
+inline constexpr bool kNeonRows = true;
 #else
 namespace rows = ::ui;
+inline constexpr bool kNeonRows = false;  // the planar decoder keeps its loops inline
 #endif
 
 // Stored bitmap pixels (first three bytes, low first) of any depth from 3 on.
