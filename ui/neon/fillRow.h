@@ -28,13 +28,13 @@ inline void fillRow(uint32_t *p, int32_t n, uint32_t colour) {
     storeRow(p, n, uint32x4x2_t{{c, c}});
 }
 
-// Rectangles of rows of sixteen pixels or more: every row stored from
+// Rectangles of rows of eight pixels or more: every row stored from
 // registers (fill.cpp), where the plain form copies the first row into the
 // others (libc's block copy loads as much as it stores).  Narrower ones as
 // the plain form stores them.
 void fillWideArea(uint32_t *p, uint32_t stride, int32_t width, int32_t height, uint32_t colour);
 inline void fillArea(uint32_t *p, uint32_t stride, int32_t width, int32_t height, uint32_t colour) {
-    if (width < 16) return ui::fillArea(p, stride, width, height, colour);
+    if (width < 8) return ui::fillArea(p, stride, width, height, colour);
     fillWideArea(p, stride, width, height, colour);
 }
 
