@@ -1,7 +1,8 @@
 // A run-length plane of the planar codec with NEON.  The segments of a row
 // are first turned into one code per pixel (its value in the first row, its
-// delta below it) in a buffer, sixteen raw bytes and 48 run bytes at a time
-// whatever the segment's counts (the next segment stores over the excess);
+// delta below it) in a buffer, sixteen raw bytes and sixteen run bytes (48
+// for longer runs) at a time whatever the segment's counts (the next segment
+// stores over the excess);
 // then the codes go into byte `position` of the pixels sixteen at a time:
 // the pixels and the row above loaded as byte planes, the plane's bytes
 // replaced by the codes (plus the bytes above), stored back whole.  Below
@@ -133,23 +134,33 @@ uint8_t *row(ui::streamIn &in, Output &out, uint8_t *codes, uint8_t *next) {
         if (in.has(17)) {
             // Segments whose control byte has a window of sixteen bytes
             // after it (q is past the control byte, limit the last such q).
+            // Raw bytes go out sixteen at a time, the run sixteen at a time
+            // (48 for long runs).
             const uint8_t *q = in.ptr + 1, *limit = in.ptr + (in.left - 16);
-            do {
+            for (;;) {
                 const uint32_t segment = kSegments[q[-1]];
                 const int32_t raw = int32_t(segment & 15), run = int32_t(segment >> 4);
                 if ((missing -= raw + run) < 0) {
                     in.take(q - in.ptr);
                     return store<P>(out, codes, next, kFirst), ui::fail(overrun), nullptr;
                 }
-                const uint8x16_t bytes = vld1q_u8(q);
-                vst1q_u8(next, kFirst ? bytes : deltas(bytes));
+                if (raw != 0) {
+                    const uint8x16_t bytes = vld1q_u8(q);
+                    vst1q_u8(next, kFirst ? bytes : deltas(bytes));
+                    next += raw;
+                    value = next[-1];
+                }
                 q += raw + 1;
-                if (raw != 0) value = next[raw - 1];
-                next += raw;
-                runCodes(next, value);
+                const uint8x16_t repeated = vdupq_n_u8(value);
+                vst1q_u8(next, repeated);
+                if (run > 16) vst1q_u8(next + 16, repeated), vst1q_u8(next + 32, repeated);
                 next += run;
                 if (kWide && next >= codes + kChunk) next = store<P>(out, codes, next, kFirst);
-            } while (missing > 0 && q <= limit);
+                if (missing == 0) [[unlikely]]  // the row's end
+                    break;
+                if (q > limit) [[unlikely]]
+                    break;
+            }
             in.take(q - 1 - in.ptr);
             continue;
         }
