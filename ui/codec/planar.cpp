@@ -3,14 +3,18 @@
 // (width x height bytes each) or run-length coded row by row, the rows after
 // the first as deltas against the row above.
 //
-// Run-length planes are stored byte by byte straight into the output words,
-// each plane into its own byte, so a plane that fails leaves the bytes of the
-// planes after it as they were.  The red plane also writes byte 3 as 0, so
-// that no stale byte of the output (a decode buffer on the stack, say)
-// reaches the frame buffer; the raw path builds whole words.
+// A run-length plane writes its own byte of every output word and nothing
+// else, so a plane that fails leaves the bytes of the planes after it as they
+// were.  The red plane also writes byte 3 as 0, so that no stale byte of the
+// output (a decode buffer on the stack, say) reaches the frame buffer; the
+// raw path builds whole words.
+//
+// Each sample goes straight into its byte: fewest instructions on ARM without
+// NEON.  x86 runs the gathering twin in planarGather.h, NEON ui/neon's.
 #include <cstring>
 
 #include "../core/rows.h"
+#include "planarGather.h"
 
 namespace {
 
@@ -33,7 +37,7 @@ inline void put(uint8_t *p, uint32_t v) {
 }
 
 // Pixel i = red[i] << 16 | green[i] << 8 | blue[i].  Copies 1 of this and of
-// the decoder are the row functions: the decoder's own stay called once.
+// the decoder are the plain row functions: the decoder's own stay called once.
 template <int kCopy = 0>
 [[gnu::no_icf]] void mergePlanes(uint32_t *__restrict out, const uint8_t *__restrict red, const uint8_t *__restrict green,
                  const uint8_t *__restrict blue, int32_t n) {
@@ -64,26 +68,33 @@ public:
 
     // One run-length plane into byte `position` (0 blue, 1 green, 2 red) of
     // every pixel: 1, or 0 when a segment overruns its row or the input runs
-    // out before the plane is complete.
+    // out before the plane is complete.  The rows work on a copy of the
+    // reader, which the compiler can keep in registers.
     int32_t RDP6_decompressPlane(int position) {
-        if constexpr (ui::kNeonRows) return ui::rows::decodePlane(stream, dst, width, height, position);
-        uint8_t *row = reinterpret_cast<uint8_t *>(dst) + position;
-        return position == 2 ? plane<true>(row) : plane<false>(row);
-    }
-
-    // The plane works on a copy of the reader, which the compiler can keep
-    // in registers while it stores through byte pointers.
-    template <bool kRed>
-    bool plane(uint8_t *row) {
+        if constexpr (ui::kNeonRows && kCopy == 0) return ui::rows::decodePlane(stream, dst, width, height, position);
         ui::streamIn in = stream;
         bool ok = true;
-        for (int32_t y = 0; ok && y < height; ++y, row += rowDelta)
-            ok = y == 0 ? planeRow<kRed, true>(in, row) : planeRow<kRed, false>(in, row);
+        for (int32_t y = 0; ok && y < height; ++y)
+            ok = position == 2 ? row<true>(in, y, 2) : row<false>(in, y, position);
         stream = in;
         return ok;
     }
 
 private:
+    template <bool kRed>
+    bool row(ui::streamIn &in, int32_t y, int position) const {
+        uint32_t *words = dst + y * width;  // below dstSize / 4
+        if constexpr (ui::kGatherPlanarRows) {
+            const auto read = [](ui::streamIn &s, Line line, int32_t &raw, int32_t &run) {
+                return segment(s, line, raw, run);
+            };
+            return y == 0 ? ui::gatherRow<true>(in, words, width, 8 * position, read)
+                          : ui::gatherRow<false>(in, words, width, 8 * position, read);
+        }
+        uint8_t *bytes = reinterpret_cast<uint8_t *>(words) + position;
+        return y == 0 ? planeRow<kRed, true>(in, bytes) : planeRow<kRed, false>(in, bytes);
+    }
+
     // A control byte: low nibble the run, high nibble the raw count; runs of
     // 1 and 2 stand for 16 + raw and 32 + raw pixels without raw bytes.  A
     // control byte that is not there fails the plane, after its report.
@@ -201,8 +212,7 @@ void ui::mergePlanes(uint32_t *out, const uint8_t *red, const uint8_t *green, co
 
 bool ui::decodePlane(streamIn &in, uint32_t *pixels, int32_t width, int32_t height, int position) {
     PlanarDecoder<1> plane(rlecontext(width, height, pixels, in.ptr, in.left));
-    uint8_t *row = reinterpret_cast<uint8_t *>(pixels) + position;
-    const bool ok = position == 2 ? plane.plane<true>(row) : plane.plane<false>(row);
+    const bool ok = plane.RDP6_decompressPlane(position);
     in = plane.stream;
     return ok;
 }

@@ -69,6 +69,14 @@ struct streamIn {
         return nullptr;
     }
 
+    // A window of 16 readable bytes, of which the first n (at most 16) are
+    // consumed: a caller copies them as one fixed-size block.  Null, nothing
+    // consumed, when fewer than 16 are left.
+    const uint8_t *window16(int32_t n) {
+        if (left < 16 || uint32_t(n) > 16 || ptr == nullptr) return nullptr;
+        return advance(n);
+    }
+
 private:
     const uint8_t *advance(int32_t n) {
         const uint8_t *start = ptr;
