@@ -84,7 +84,7 @@ bool decodePlane(ui::streamIn &in, uint32_t *pixels, int32_t width, int32_t heig
 }  // namespace ref
 #endif
 
-// Runs `fill` on a copy of `frame` with each implementation and compares the
+// Runs `run` on a copy of `frame` with each implementation and compares the
 // whole frame, guards included.
 template <typename Run>
 void same(const Words &frame, Run run, const char *what, int32_t n, int offset) {
