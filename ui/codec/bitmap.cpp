@@ -8,7 +8,7 @@
 #include <cstring>
 
 #include "../core/entry.h"
-#include "../core/pixels.h"
+#include "../core/rows.h"
 #include "../core/surface.h"
 #include "rlecontext.h"
 

@@ -8,8 +8,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "../core/fills.h"
-#include "../core/pixels.h"
+#include "../core/rows.h"
 #include "rlecontext.h"
 
 namespace {
@@ -170,7 +169,7 @@ private:
             produced = rest + 1;
         }
         int32_t n = std::min(rest, space);
-        if (first) ui::fillRow(p, n, 0);
+        if (first) ui::rows::fillRow(p, n, 0);
         // Row by row: a run longer than a row repeats what it has just
         // written, and no chunk overlaps its source.
         for (int32_t chunk; !first && n > 0; p += chunk, n -= chunk) {
@@ -187,14 +186,14 @@ private:
         const int32_t n = std::min(runLength, room());
         const uint32_t fg = fgPel;
         if (inFirstRow())
-            ui::fillRow(p, n, fg);
+            ui::rows::fillRow(p, n, fg);
         else
             for (int32_t i = 0; i < n; ++i) p[i] = p[i - width] ^ fg;
         dstPos += 4 * runLength;
     }
 
     void fillRun(uint32_t colour) {
-        ui::fillRow(out(), std::min(runLength, room()), colour);
+        ui::rows::fillRow(out(), std::min(runLength, room()), colour);
         dstPos += 4 * runLength;
     }
 

@@ -9,12 +9,12 @@
 // output (a decode buffer on the stack, say) reaches the frame buffer; the
 // raw path builds whole words.
 //
-// Each sample goes straight into its byte: fewest instructions on ARM, with
-// NEON or without.  x86 runs the gathering twin in planarGather.h.
+// Each sample goes straight into its byte: fewest instructions on ARM without
+// NEON.  x86 runs the gathering twin in planarGather.h, NEON ui/neon's.
 #include <cstring>
 
+#include "../core/rows.h"
 #include "planarGather.h"
-#include "rlecontext.h"
 
 namespace {
 
@@ -36,8 +36,10 @@ inline void put(uint8_t *p, uint32_t v) {
     }
 }
 
-// Pixel i = red[i] << 16 | green[i] << 8 | blue[i].
-void mergePlanes(uint32_t *__restrict out, const uint8_t *__restrict red, const uint8_t *__restrict green,
+// Pixel i = red[i] << 16 | green[i] << 8 | blue[i].  Copies 1 of this and of
+// the decoder are the plain row functions: the decoder's own stay called once.
+template <int kCopy = 0>
+[[gnu::no_icf]] void mergePlanes(uint32_t *__restrict out, const uint8_t *__restrict red, const uint8_t *__restrict green,
                  const uint8_t *__restrict blue, int32_t n) {
     int32_t i = 0;
     for (; i + 16 <= n; i += 16)
@@ -45,6 +47,7 @@ void mergePlanes(uint32_t *__restrict out, const uint8_t *__restrict red, const 
     for (; i < n; ++i) out[i] = uint32_t(red[i]) << 16 | uint32_t(green[i]) << 8 | blue[i];
 }
 
+template <int kCopy = 0>
 class PlanarDecoder : public ui::rlecontext {
 public:
     explicit PlanarDecoder(const rlecontext &c) : rlecontext(c) {}
@@ -68,6 +71,7 @@ public:
     // out before the plane is complete.  The rows work on a copy of the
     // reader, which the compiler can keep in registers.
     int32_t RDP6_decompressPlane(int position) {
+        if constexpr (ui::kNeonRows && kCopy == 0) return ui::rows::decodePlane(stream, dst, width, height, position);
         ui::streamIn in = stream;
         bool ok = true;
         for (int32_t y = 0; ok && y < height; ++y)
@@ -163,7 +167,7 @@ private:
     }
 
     template <bool kRed, bool kFirst>
-    [[gnu::noinline]] static uint8_t *storeShortCold(ui::streamIn &in, uint8_t *out, ptrdiff_t above, int32_t n,
+    [[gnu::noinline, gnu::no_icf]] static uint8_t *storeShortCold(ui::streamIn &in, uint8_t *out, ptrdiff_t above, int32_t n,
                                                      uint32_t &value) {
         for (int32_t i = 0; i < n; ++i) {
             const uint8_t b = in.readU8(kFirst ? Line::firstRowRaw : Line::deltaRowRaw);
@@ -193,13 +197,25 @@ private:
         const uint8_t *planes = stream.take((alpha ? 4 : 3) * int64_t(n));
         if (planes == nullptr) return ui::fail(Site::rawPlanes);
         const uint8_t *red = planes + (alpha ? n : 0);
-        mergePlanes(dst, red, red + n, red + 2 * n, n);
+        (ui::kNeonRows ? ui::rows::mergePlanes : mergePlanes<>)(dst, red, red + n, red + 2 * n, n);
         dstPos = dstSize;
         return 1;
     }
 };
 
 }  // namespace
+
+// The plain forms as row functions (rows.h), the twins of the NEON ones.
+void ui::mergePlanes(uint32_t *out, const uint8_t *red, const uint8_t *green, const uint8_t *blue, int32_t n) {
+    ::mergePlanes<1>(out, red, green, blue, n);
+}
+
+bool ui::decodePlane(streamIn &in, uint32_t *pixels, int32_t width, int32_t height, int position) {
+    PlanarDecoder<1> plane(rlecontext(width, height, pixels, in.ptr, in.left));
+    const bool ok = plane.RDP6_decompressPlane(position);
+    in = plane.stream;
+    return ok;
+}
 
 int32_t ui::decodePlanar(rlecontext &context) {
     PlanarDecoder decoder(context);

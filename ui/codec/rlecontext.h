@@ -41,6 +41,9 @@ public:
 int32_t decodeInterleaved(rlecontext &context);
 // 1, or 0 after a refused format header or a failed plane (reported).
 int32_t decodePlanar(rlecontext &context);
+// Row functions (rows.h): a run-length plane into byte `position` of each pixel.
+bool decodePlane(streamIn &in, uint32_t *pixels, int32_t width, int32_t height, int position);
+void mergePlanes(uint32_t *out, const uint8_t *red, const uint8_t *green, const uint8_t *blue, int32_t n);
 
 // Decodes dataLength bytes into dst (width x height pixels, rows in stream
 // order): sourceBytesPerPixel 4 selects the planar codec, 3 and up the

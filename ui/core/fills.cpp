@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "rop.h"
+#include "rows.h"
 #include "settings.h"
 #include "surface.h"
 
@@ -21,7 +21,7 @@ void ui::fillArea(uint32_t *p, uint32_t stride, int32_t width, int32_t height, u
 bool ui::fillSolid(const imgbuf &image, const UiRect &rect, uint32_t colour) {
     uint32_t *p = writePtr(image, rect);
     if (p == nullptr) return fail(Site::fillSolid);
-    fillArea(p, image.stride, rect.width, rect.height, colour);
+    rows::fillArea(p, image.stride, rect.width, rect.height, colour);
     return true;
 }
 
@@ -29,7 +29,7 @@ bool ui::fillRop(const imgbuf &image, const UiRect &rect, uint32_t colour, int32
     if (index == kRopCopy) return fillSolid(image, rect, colour);
     uint32_t *p = writePtr(image, rect);
     if (p == nullptr) return fail(Site::fillRop);
-    const auto span = ropSpans[size_t(index) & 15].solid;
+    const auto span = rows::ropSpans[size_t(index) & 15].solid;
     for (int32_t y = 0; y < rect.height; ++y) span(rowAt(p, image.stride, y), colour, rect.width);
     return true;
 }
@@ -45,7 +45,7 @@ void ui::fillPattern8x8(const imgbuf &image, const UiPatBltOrder &order, const U
 
     const uint32_t one = colourOf(order.backColor), zero = colourOf(order.foreColor);
     const int32_t index = order.rop & 15;
-    const auto span = ropSpans[size_t(index)].forward;
+    const auto span = rows::ropSpans[size_t(index)].forward;
     for (int32_t i = 0; i < rect.height; ++i) {
         uint32_t *row = rowAt(p, image.stride, i);
         // With copy the pattern repeats every eight rows: one block copy.

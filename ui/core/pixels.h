@@ -61,10 +61,4 @@ inline RowFn rowFor(int32_t step, bool low) {
     return nullptr;
 }
 
-// Stored bitmap pixels (first three bytes, low first) of any depth from 3 on.
-inline void convertStored(uint32_t *dst, const uint8_t *src, int32_t n, int32_t step) {
-    if (const RowFn row = rowFor(step, true)) return row(dst, src, n);
-    for (int32_t i = 0; i < n; ++i) dst[i] = lowFirst(src + size_t(step) * size_t(i));
-}
-
 }  // namespace ui

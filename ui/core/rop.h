@@ -12,11 +12,12 @@ namespace ui {
 inline constexpr int32_t kRopCopy = 12;
 inline constexpr uint32_t kWhite = 0xffffff;
 
-// not(v) is 0xffffff - v: the complement of the low 24 bits.
-constexpr uint32_t rop2(int32_t index, uint32_t s, uint32_t d) {
-    const auto no = [](uint32_t v) { return kWhite - v; };
+// not(v) is 0xffffff - v: the complement of the low 24 bits (word or vector).
+template <typename Pixel>
+constexpr Pixel rop2(int32_t index, Pixel s, Pixel d) {
+    const auto no = [](Pixel v) { return kWhite - v; };
     switch (index) {
-        case 0: return 0;
+        case 0: return s ^ s;
         case 1: return no(d | s);
         case 2: return d & no(s);
         case 3: return no(s);
@@ -31,7 +32,7 @@ constexpr uint32_t rop2(int32_t index, uint32_t s, uint32_t d) {
         case 12: return s;
         case 13: return no(d) | s;
         case 14: return d | s;
-        default: return kWhite;
+        default: return no(s ^ s);
     }
 }
 

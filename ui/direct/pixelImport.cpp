@@ -4,7 +4,7 @@
 #include <algorithm>
 
 #include "../core/entry.h"
-#include "../core/pixels.h"
+#include "../core/rows.h"
 #include "../core/settings.h"
 #include "../core/surface.h"
 
@@ -13,7 +13,7 @@ bool ui::putPixels(imgbuf *image, dirtybuf *dirty, const UiRect *rect, const uin
     const UiRect r = *rect;
     uint32_t *p = writePtr(*image, r);
     if (p == nullptr) return fail(Site::putPixels);
-    const RowFn convert = rowFor(4, settings.sourceByteOrder != 0);
+    const RowFn convert = rows::rowFor(4, settings.sourceByteOrder != 0);
     for (int32_t y = 0; y < r.height; ++y) convert(rowAt(p, image->stride, y), src + 4 * size_t(r.width) * size_t(y), r.width);
     markDrawn(dirty, r);
     return true;
@@ -26,7 +26,7 @@ bool ui::putPixels(imgbuf *image, dirtybuf *dirty, const UiRect *rect, const uin
 void ui::importImage32(UiImage32Record *record, const uint8_t *src, int32_t rowLength) {
     const int32_t height = record->height, width = std::min(record->width, int32_t(32));
     if (height < 1 || width < 1 || rowLength < width) return;
-    const RowFn convert = rowFor(4, settings.sourceByteOrder != 0);
+    const RowFn convert = rows::rowFor(4, settings.sourceByteOrder != 0);
     uint32_t *words = reinterpret_cast<uint32_t *>(record) + 37;
     for (int32_t r = 0; r < height; ++r) convert(words + 32 * size_t(r), src + 4 * size_t(r) * size_t(rowLength), width);
 }

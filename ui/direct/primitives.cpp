@@ -6,7 +6,7 @@
 #include <cstring>
 
 #include "../core/entry.h"
-#include "../core/fills.h"
+#include "../core/rows.h"
 #include "../core/settings.h"
 #include "../core/surface.h"
 
@@ -41,7 +41,7 @@ void ui::hLine(imgbuf *image, dirtybuf *dirty, int32_t x, int32_t y, int32_t len
     if (length <= 0) return report(Site::hLineLength);
     uint32_t *p = writePtr(*image, x, y, length, 1);
     if (p == nullptr) return report(Site::hLine);
-    fillRow(p, length, colour);
+    rows::fillRow(p, length, colour);
     markDrawn(dirty, UiRect{x, y, length, 1});
 }
 

@@ -2,8 +2,7 @@
 // MemBlt (slot 9) and OpaqueRect (slot 5).  Each translates by the surface
 // origin, clips, draws and marks the clipped rectangle's tiles.
 #include "../core/entry.h"
-#include "../core/fills.h"
-#include "../core/rop.h"
+#include "../core/rows.h"
 #include "../core/settings.h"
 #include "../core/surface.h"
 
@@ -40,7 +39,7 @@ void ui::scrBlt(UiSurface *surface, const UiScrBltOrder *order, const UiClipRect
     uint32_t *dst = writePtr(image, r);
     if (dst == nullptr) return report(Site::scrBltDestination);
 
-    const RopSpans &op = ropSpans[size_t(order->rop & 15)];
+    const RopSpans &op = rows::ropSpans[size_t(order->rop & 15)];
     const auto span = srcLeft > r.left ? op.forward : op.backward;
     const bool downward = srcTop > r.top;
     for (int32_t k = 0; k < r.height; ++k) {
@@ -68,7 +67,7 @@ void ui::memBlt(UiSurface *surface, const UiMemBltOrder *order, const UiClipRect
     uint32_t *dst = writePtr(image, r);
     if (dst == nullptr) return report(Site::memBltDestination);
 
-    const auto span = ropSpans[size_t(o.rop & 15)].forward;
+    const auto span = rows::ropSpans[size_t(o.rop & 15)].forward;
     const uint32_t *top = o.bitmapPixels + size_t(o.bitmapHeight - 1 - srcTop) * size_t(o.bitmapWidth) + size_t(srcLeft);
     for (int32_t y = 0; y < r.height; ++y)
         span(rowAt(dst, image.stride, y), top - size_t(y) * size_t(o.bitmapWidth), r.width);

@@ -9,9 +9,8 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "../core/fills.h"
 #include "../core/entry.h"
-#include "../core/rop.h"
+#include "../core/rows.h"
 #include "../core/settings.h"
 #include "../core/surface.h"
 #include "lineClip.h"
@@ -31,7 +30,7 @@ constexpr uint32_t kCarryBits = 0xC0000000;  // 1.0 and above
 struct StorePen {
     uint32_t colour;
     void operator()(uint32_t *p, uint32_t c) const { *p = c; }
-    void span(uint32_t *p, int32_t n) const { ui::fillRow(p, n, colour); }
+    void span(uint32_t *p, int32_t n) const { ui::rows::fillRow(p, n, colour); }
 };
 struct RopPen {
     uint32_t colour;
@@ -49,7 +48,7 @@ void withPen(const UiLineOrder &order, Draw draw) {
     if (index == ui::kRopCopy)
         draw(StorePen{colour});
     else
-        draw(RopPen{colour, ui::rop2Table[size_t(index)], ui::ropSpans[size_t(index)].solid});
+        draw(RopPen{colour, ui::rop2Table[size_t(index)], ui::rows::ropSpans[size_t(index)].solid});
 }
 
 // A run length as the pixel check takes it: 32-bit signed.  A longer run

@@ -6,8 +6,7 @@
 #include <algorithm>
 
 #include "../core/entry.h"
-#include "../core/fills.h"
-#include "../core/pixels.h"
+#include "../core/rows.h"
 #include "../core/settings.h"
 #include "../core/surface.h"
 
@@ -35,7 +34,7 @@ struct UiHextileTile {
     }
 
     void fill(int32_t x, int32_t y, int32_t w, int32_t h, uint32_t colour) const {
-        ui::fillArea(ui::rowAt(destination, stride, y) + x, stride, w, h, colour);
+        ui::rows::fillArea(ui::rowAt(destination, stride, y) + x, stride, w, h, colour);
     }
 };
 
@@ -89,7 +88,7 @@ int32_t ui::hextileRect(imgbuf *image, dirtybuf *dirty, const UiRect *rect, UiRe
     uint32_t *origin = writePtr(*image, r);
     if (origin == nullptr) return fail(Site::hextileRect);
     UiHextileTile t{nullptr, image->stride, 0, 0, 0, 0, read, pixelFor(settings.sourceByteOrder),
-                    rowFor(4, settings.sourceByteOrder != 0)};
+                    rows::rowFor(4, settings.sourceByteOrder != 0)};
     // The last column and row take what is left; steps never pass the edge.
     for (int32_t ty = 0; ty < r.height && r.width > 0; ty += t.height) {
         t.height = std::min(16, r.height - ty);

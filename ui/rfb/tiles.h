@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "../core/fills.h"
+#include "../core/rows.h"
 #include "../codec/streamInOps.h"
 #include "../core/settings.h"
 #include "../core/surface.h"

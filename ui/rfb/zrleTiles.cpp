@@ -5,8 +5,7 @@
 // Where a byte would have to be read from a null ptr the tile is rejected at
 // its first site with nothing consumed.
 #include "../core/entry.h"
-#include "../core/fills.h"
-#include "../core/pixels.h"
+#include "../core/rows.h"
 #include "tiles.h"
 
 int32_t ui::zrleSolidTile(UiTileStream *tile) {
@@ -17,7 +16,7 @@ int32_t ui::zrleSolidTile(UiTileStream *tile) {
     const uint32_t colour = cpixel(in.take(3));
     uint32_t *origin = tileDestination(*tile);
     if (origin == nullptr) return reject(Site::solidTile);
-    fillArea(origin, tile->image->stride, tile->width, tile->height, colour);
+    rows::fillArea(origin, tile->image->stride, tile->width, tile->height, colour);
     return painted(*tile);
 }
 
@@ -35,7 +34,7 @@ int32_t ui::zrleRawTile(UiTileStream *tile) {
     if (body == nullptr) return reject(Site::rawTileNull);
     uint32_t *origin = tileDestination(*tile);
     if (origin == nullptr) return reject(Site::rawTile);
-    const RowFn convert = rowFor(3, settings.sourceByteOrder != 0);
+    const RowFn convert = rows::rowFor(3, settings.sourceByteOrder != 0);
     for (int32_t r = 0; r < h; ++r) convert(rowAt(origin, tile->image->stride, r), body + 3 * size_t(w) * size_t(r), w);
     return painted(*tile);
 }
