@@ -39,8 +39,8 @@ inline void put(uint8_t *p, uint32_t v) {
 // Pixel i = red[i] << 16 | green[i] << 8 | blue[i].  Copies 1 of this and of
 // the decoder are the plain row functions: the decoder's own stay called once.
 template <int kCopy = 0>
-[[gnu::no_icf]] void mergePlanes(uint32_t *__restrict out, const uint8_t *__restrict red, const uint8_t *__restrict green,
-                 const uint8_t *__restrict blue, int32_t n) {
+[[gnu::no_icf]] void mergePlanes(uint32_t *__restrict out, const uint8_t *__restrict red,
+                                 const uint8_t *__restrict green, const uint8_t *__restrict blue, int32_t n) {
     int32_t i = 0;
     for (; i + 16 <= n; i += 16)
         for (int k = 0; k < 16; ++k) out[i + k] = uint32_t(red[i + k]) << 16 | uint32_t(green[i + k]) << 8 | blue[i + k];
@@ -101,12 +101,8 @@ private:
     static bool segment(ui::streamIn &in, Line line, int32_t &raw, int32_t &run) {
         const bool there = in.left >= 1;
         const uint8_t c = in.readU8(line);
-        raw = c >> 4;
-        run = c & 0x0F;
-        if (run == 1 || run == 2) {
-            run = raw + 16 * run;
-            raw = 0;
-        }
+        raw = c >> 4, run = c & 0x0F;
+        if (run == 1 || run == 2) run = raw + 16 * run, raw = 0;
         return there;
     }
 
@@ -167,8 +163,8 @@ private:
     }
 
     template <bool kRed, bool kFirst>
-    [[gnu::noinline, gnu::no_icf]] static uint8_t *storeShortCold(ui::streamIn &in, uint8_t *out, ptrdiff_t above, int32_t n,
-                                                     uint32_t &value) {
+    [[gnu::noinline, gnu::no_icf]] static uint8_t *storeShortCold(ui::streamIn &in, uint8_t *out, ptrdiff_t above,
+                                                                  int32_t n, uint32_t &value) {
         for (int32_t i = 0; i < n; ++i) {
             const uint8_t b = in.readU8(kFirst ? Line::firstRowRaw : Line::deltaRowRaw);
             out = storeRaw<kRed, kFirst>(out, above, &b, 1, value);
