@@ -8,15 +8,12 @@
 
 #include <cstring>
 
+#include "../core/fills.h"
 #include "streamInOps.h"
 
 namespace ui {
 
-#if defined(__SSE2__)
-inline constexpr bool kGatherPlanarRows = true;
-#else
-inline constexpr bool kGatherPlanarRows = false;
-#endif
+inline constexpr bool kGatherPlanarRows = kVectorLoops;  // x86: the compiler vectorises the store pass
 
 inline constexpr int32_t kCodeCapacity = 1024, kRawCopy = 16, kRunFill = 48;
 
