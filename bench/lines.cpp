@@ -47,6 +47,9 @@ const Line kLines[] = {
     // it: x-major, 0.3 rows per column, entering and leaving through the left
     // and right edges (1701 columns).
     {"clipped 6000:1800", kMargin - 2000, kMargin - 300, kMargin + 4000, kMargin + 1500, kRopCopy, kWindowClip},
+    // The same with a slope that is not a round number, as most lines have:
+    // it crosses the edges between pixels rather than on one.
+    {"clipped 6001:1799", kMargin - 2000, kMargin - 300, kMargin + 4001, kMargin + 1499, kRopCopy, kWindowClip},
     {"shallow 1000:150 xor", kX, kY, kX + 1000, kY + 150, kRopXor, kScreenClip},
 };
 

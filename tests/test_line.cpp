@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cmath>
 #include <optional>
@@ -12,6 +13,7 @@
 
 #include "frame.h"
 #include "library.h"
+#include "orders/lineClip.h"
 #include "orders/softDouble.h"
 
 // On i386 the references use SSE2: each operation rounded once to binary64.
@@ -195,6 +197,30 @@ TEST(DrawLine, SlopedLinesMatchTheStepperAndTheClipperReference) {
     EXPECT_GT(moved, 300);    // the sample exercises clipping
     EXPECT_GT(unsettled, 0);  // and the five-pass limit
     EXPECT_TRUE(f.guardsIntact());
+}
+
+// The clipper alone against the reference, where drawing cannot go: clips
+// anywhere (some inverted) and ends near and beyond 2^24, where the exact
+// first pass hands over to the doubles.
+TEST(ClipLine, MatchesTheReferenceEverywhere) {
+    std::mt19937_64 rng(5);
+    const int64_t spreads[] = {40, 3000, int64_t(1) << 20, (int64_t(1) << 24) + 5};
+    const ui::ClipResult results[] = {ui::ClipResult::rejected, ui::ClipResult::accepted, ui::ClipResult::unsettled};
+    for (int i = 0; i < 20000; ++i) {
+        const int64_t spread = spreads[i % 4];
+        const auto c = [&] { return int32_t(int64_t(rng() % uint64_t(2 * spread)) - spread); };
+        UiClipRect clip{c(), c(), c(), c()};
+        if (i % 5 != 0 && clip.left > clip.right) std::swap(clip.left, clip.right);
+        if (i % 5 != 0 && clip.top > clip.bottom) std::swap(clip.top, clip.bottom);
+        int32_t s[4] = {c(), c(), c(), c()}, r[4];
+        if (s[0] == s[2] || s[1] == s[3]) continue;
+        std::copy_n(s, 4, r);
+        const ui::ClipResult want = results[referenceClip(r, clip)];
+        ui::LineSegment got{s[0], s[1], s[2], s[3]};
+        ASSERT_EQ(ui::clipLine(got, clip), want) << s[0] << "," << s[1] << " -> " << s[2] << "," << s[3];
+        if (want == ui::ClipResult::accepted)
+            ASSERT_EQ((std::array{got.x1, got.y1, got.x2, got.y2}), (std::array{r[0], r[1], r[2], r[3]}));
+    }
 }
 
 // Extreme coordinates, wrapped differences, inverted or enormous clips and a
