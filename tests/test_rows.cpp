@@ -34,6 +34,9 @@ namespace ref = ui;  // the plain twins
 #else
 namespace ref {  // models: one pixel at a time, no tricks
 void fillRow(uint32_t *p, int32_t n, uint32_t c) { std::fill(p, p + n, c); }
+void repeatRow(uint32_t *p, int32_t n, const uint8_t *c) {
+    for (int32_t i = 0; i < n; ++i) std::memcpy(p + i, c + 4 * (i % 8), 4);
+}
 void fillArea(uint32_t *p, uint32_t stride, int32_t w, int32_t h, uint32_t c) {
     for (int32_t y = 0; y < h; ++y) fillRow(ui::rowAt(p, stride, y), w, c);
 }
@@ -102,6 +105,8 @@ TEST(Rows, SolidFillsAndAreas) {
             const Words frame = randomWords(size_t(n) * 3 + 40);
             const uint32_t c = rng(), stride = 4 * uint32_t(n + 5);
             same(frame, [&](uint32_t *f, bool r) { (r ? ref::fillRow : ui::rows::fillRow)(f + 8 + offset, n, c); }, "fillRow", n, offset);
+            const std::vector<uint8_t> colours = randomBytes(33);  // from byte `offset & 1`: any alignment
+            same(frame, [&](uint32_t *f, bool r) { (r ? ref::repeatRow : ui::rows::repeatRow)(f + 8 + offset, n, colours.data() + (offset & 1)); }, "repeatRow", n, offset);
             for (int32_t h = 0; h <= 2; ++h)
                 same(frame, [&](uint32_t *f, bool r) { (r ? ref::fillArea : ui::rows::fillArea)(f + 4 + offset, stride, n, h, c); }, "fillArea", n, h);
         }

@@ -18,6 +18,19 @@ void ui::fillArea(uint32_t *p, uint32_t stride, int32_t width, int32_t height, u
     for (int32_t y = 1; y < height; ++y) std::memcpy(rowAt(p, stride, y), p, 4 * size_t(width));
 }
 
+// Where the compiler's vector loops are plain loops (x86), rows from the
+// ninth on are block copies of the row eight above, which libc copies wider
+// than those loops store; elsewhere every row is stored from registers.
+void ui::fillPatternRows(uint32_t *p, uint32_t stride, int32_t width, int32_t height, const uint8_t *colours) {
+    for (int32_t i = 0; i < height; ++i) {
+        uint32_t *row = rowAt(p, stride, i);
+        if (kVectorLoops && i >= 8)
+            std::memcpy(row, rowAt(p, stride, i - 8), 4 * size_t(width));
+        else
+            rows::repeatRow(row, width, colours + 32 * (i & 7));
+    }
+}
+
 bool ui::fillSolid(const imgbuf &image, const UiRect &rect, uint32_t colour) {
     uint32_t *p = writePtr(image, rect);
     if (p == nullptr) return fail(Site::fillSolid);
@@ -43,26 +56,20 @@ void ui::fillPattern8x8(const imgbuf &image, const UiPatBltOrder &order, const U
     if (yPhase < 0) return report(Site::yPhaseLow);
     if (yPhase > 7) return report(Site::yPhaseHigh);
 
+    // Each pattern row's eight colours, the row's byte turned so that its
+    // bit 7 falls on the first column.
     const uint32_t one = colourOf(order.backColor), zero = colourOf(order.foreColor);
+    uint32_t colours[8][8];
+    for (int32_t i = 0; i < 8 && i < rect.height; ++i) {
+        const uint32_t bits = pattern[(yPhase + i) & 7], turned = (bits << xPhase | bits >> (8 - xPhase)) & 0xff;
+        for (int32_t k = 0; k < 8; ++k) colours[i][k] = zero ^ ((one ^ zero) & (0u - (turned >> (7 - k) & 1)));
+    }
     const int32_t index = order.rop & 15;
+    if (index == kRopCopy)
+        return fillPatternRows(p, image.stride, rect.width, rect.height, reinterpret_cast<const uint8_t *>(colours));
     const auto span = rows::ropSpans[size_t(index)].forward;
     for (int32_t i = 0; i < rect.height; ++i) {
         uint32_t *row = rowAt(p, image.stride, i);
-        // With copy the pattern repeats every eight rows: one block copy.
-        if (index == kRopCopy && i >= 8) {
-            std::memcpy(row, rowAt(p, image.stride, i - 8), 4 * size_t(rect.width));
-            continue;
-        }
-        // The row's byte turned so that its bit 7 falls on the first column.
-        const uint32_t bits = pattern[(yPhase + i) & 7], turned = (bits << xPhase | bits >> (8 - xPhase)) & 0xff;
-        uint32_t colours[8];
-        for (int32_t k = 0; k < 8; ++k) colours[k] = zero ^ ((one ^ zero) & (0u - (turned >> (7 - k) & 1)));
-        if (index == kRopCopy) {
-            const int32_t n = std::min(8, rect.width);
-            for (int32_t k = 0; k < n; ++k) row[k] = colours[k];
-            repeatAcross(row, 8, rect.width);
-            continue;
-        }
-        for (int32_t x = 0; x < rect.width; x += 8) span(row + x, colours, std::min(8, rect.width - x));
+        for (int32_t x = 0; x < rect.width; x += 8) span(row + x, colours[i & 7], std::min(8, rect.width - x));
     }
 }

@@ -26,18 +26,28 @@ inline void fillRow(uint32_t *p, int32_t n, uint32_t colour) {
     for (int32_t i = 0; i < n; ++i) p[i] = colour;
 }
 
+// A pattern's row: its eight colours (32 bytes of native words, any
+// alignment) laid across n pixels from p, colour k at every pixel k mod 8.
+inline void repeatRow(uint32_t *p, int32_t n, const uint8_t *colours) {
+    if (n == 8) return static_cast<void>(std::memcpy(p, colours, 32));  // a fixed size: written out
+    if (n < 8) return static_cast<void>(std::memcpy(p, colours, 4 * size_t(n)));
+    uint32_t c[8];  // a copy the stores cannot alias: kept in registers
+    std::memcpy(c, colours, sizeof c);
+    int32_t x = 0;
+    for (; x + 8 <= n; x += 8)
+        for (int32_t k = 0; k < 8; ++k) p[x + k] = c[k];
+    for (int32_t k = 0; x < n; ++x, ++k) p[x] = c[k];
+}
+
 // The one solid-fill loop: width x height pixels from p, rows stride bytes
 // apart.  Wide rows: the first is stored and copied into the others, one
 // block copy per row, which libc does at memset speed; narrow rows are
 // stored directly.
 void fillArea(uint32_t *p, uint32_t stride, int32_t width, int32_t height, uint32_t colour);
 
-// Lays the `unit` pixels at row[0] repeatedly across row[0 .. width - 1] by
-// doubling what the row already holds (row[0 .. unit - 1] must be in place).
-inline void repeatAcross(uint32_t *row, int32_t unit, int32_t width) {
-    for (int32_t done = unit; done < width; done *= 2)
-        std::memcpy(row + done, row, 4 * size_t(done < width - done ? done : width - done));
-}
+// width x height pixels from p (rows stride bytes apart) in rows of eight
+// colours: row i takes the 32 bytes at colours + 32 x (i mod 8).
+void fillPatternRows(uint32_t *p, uint32_t stride, int32_t width, int32_t height, const uint8_t *colours);
 
 // Stores colour into every pixel of rect; false after "imgbuf" 99, "ui" 1250.
 bool fillSolid(const imgbuf &image, const UiRect &rect, uint32_t colour);

@@ -9,6 +9,7 @@
 #include <arm_neon.h>
 
 #include <cstdint>
+#include <cstring>
 
 #include "../core/fills.h"
 
@@ -26,6 +27,16 @@ inline void fillRow(uint32_t *p, int32_t n, uint32_t colour) {
     if (n < 8) return ui::fillRow(p, n, colour);
     const uint32x4_t c = vdupq_n_u32(colour);
     storeRow(p, n, uint32x4x2_t{{c, c}});
+}
+
+// A pattern's row: its eight colours in two registers, stored eight pixels a
+// step; the last n mod 8 copied (they start the pattern again).
+inline void repeatRow(uint32_t *p, int32_t n, const uint8_t *colours) {
+    if (n < 8) return ui::repeatRow(p, n, colours);
+    const uint32x4_t low = vreinterpretq_u32_u8(vld1q_u8(colours));
+    const uint32x4_t high = vreinterpretq_u32_u8(vld1q_u8(colours + 16));
+    for (uint32_t *stop = p + (n & ~7); p != stop; p += 8) vst1q_u32(p, low), vst1q_u32(p + 4, high);
+    if ((n & 7) != 0) std::memcpy(p, colours, 4 * size_t(n & 7));
 }
 
 // Rectangles of rows of eight pixels or more: every row stored from

@@ -1,7 +1,5 @@
 // The brush order, PatBlt (slot 2): solid, hatched, 8x8 monochrome pattern,
 // cached monochrome and cached colour brushes.
-#include <algorithm>
-#include <cstring>
 
 #include "../core/entry.h"
 #include "../core/fills.h"
@@ -22,24 +20,11 @@ int32_t phase(int32_t origin, int32_t edge) {
 }
 
 // Row r of the rectangle takes pattern row r mod 8 from its first column on:
-// the brush origin and rop do not apply.  From the ninth row on a row is a
-// copy of the one eight above.
+// the brush origin and rop do not apply.
 void colourPatternFill(const imgbuf &image, const UiRect &r, const uint8_t *pattern) {
     uint32_t *p = ui::writePtr(image, r);
     if (p == nullptr) return ui::report(Site::colourPattern);
-    const size_t rowBytes = 4 * size_t(r.width);
-    for (int32_t y = 0; y < r.height; ++y) {
-        uint32_t *row = ui::rowAt(p, image.stride, y);
-        if (y >= 8) {
-            std::memcpy(row, ui::rowAt(p, image.stride, y - 8), rowBytes);
-            continue;
-        }
-        if (r.width >= 8)  // a fixed-size copy the compiler writes out
-            std::memcpy(row, pattern + 32 * y, 32);
-        else
-            std::memcpy(row, pattern + 32 * y, 4 * size_t(r.width));
-        ui::repeatAcross(row, 8, r.width);
-    }
+    ui::fillPatternRows(p, image.stride, r.width, r.height, pattern);
 }
 
 // Fills the clipped rectangle with the order's brush.  False when nothing
