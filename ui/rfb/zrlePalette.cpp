@@ -27,16 +27,22 @@ std::array<uint32_t, N> readPalette(ui::streamIn &in, int32_t size, Line first) 
     return palette;
 }
 
-// One packed row: whole bytes of 8 / Bits pixels, first pixel in the top
-// bits, then the partial last byte, whose bits beyond the width are ignored.
+// Packed rows: whole bytes of 8 / Bits pixels, first pixel in the top bits,
+// then the partial last byte, whose bits beyond the width are ignored; each
+// row starts on a new byte.
 template <int Bits>
-void expandRow(uint32_t *d, const uint8_t *s, int32_t width, const std::array<uint32_t, 16> &palette) {
+void expandRows(uint32_t *origin, uint32_t stride, int32_t width, int32_t height, const uint8_t *s, size_t rowBytes,
+                const std::array<uint32_t, 16> &palette) {
     constexpr int kPerByte = 8 / Bits;
-    const auto expand = [&](uint32_t byte, int n) {
-        for (int k = 0; k < n; ++k) *d++ = palette[(byte >> (8 - Bits * (k + 1))) & ((1u << Bits) - 1)];
-    };
-    for (int32_t i = 0; i < width / kPerByte; ++i) expand(*s++, kPerByte);
-    if (width % kPerByte != 0) expand(*s, width % kPerByte);
+    for (int32_t r = 0; r < height; ++r, s += rowBytes) {
+        uint32_t *d = ui::rowAt(origin, stride, r);
+        const uint8_t *byte = s;
+        const auto expand = [&](uint32_t bits, int n) {
+            for (int k = 0; k < n; ++k) *d++ = palette[(bits >> (8 - Bits * (k + 1))) & ((1u << Bits) - 1)];
+        };
+        for (int32_t i = 0; i < width / kPerByte; ++i) expand(*byte++, kPerByte);
+        if (width % kPerByte != 0) expand(*byte, width % kPerByte);
+    }
 }
 
 }  // namespace
@@ -58,9 +64,8 @@ int32_t ui::zrlePackedPaletteTile(UiTileStream *tile, int32_t size) {
     if (!in.has(rowBytes * tile->height)) return kShortBody;
     const uint8_t *indexes = in.take(rowBytes * tile->height);
     if (indexes == nullptr) return reject(nullSite);
-    const auto expand = bits == 1 ? expandRow<1> : bits == 2 ? expandRow<2> : expandRow<4>;
-    for (int32_t r = 0; r < tile->height; ++r)
-        expand(rowAt(origin, tile->image->stride, r), indexes + size_t(rowBytes) * size_t(r), tile->width, palette);
+    const auto expand = bits == 1 ? expandRows<1> : bits == 2 ? expandRows<2> : expandRows<4>;
+    expand(origin, tile->image->stride, tile->width, tile->height, indexes, size_t(rowBytes), palette);
     return painted(*tile);
 }
 
