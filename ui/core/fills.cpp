@@ -62,7 +62,8 @@ void ui::fillPattern8x8(const imgbuf &image, const UiPatBltOrder &order, const U
     uint32_t colours[8][8];
     for (int32_t i = 0; i < 8 && i < rect.height; ++i) {
         const uint32_t bits = pattern[(yPhase + i) & 7], turned = (bits << xPhase | bits >> (8 - xPhase)) & 0xff;
-        for (int32_t k = 0; k < 8; ++k) colours[i][k] = zero ^ ((one ^ zero) & (0u - (turned >> (7 - k) & 1)));
+        for (int32_t k = 0; k < 8; ++k)  // bit 7 - k spread over the word: all ones or zero
+            colours[i][k] = zero ^ ((one ^ zero) & uint32_t(int32_t(turned << (24 + k)) >> 31));
     }
     const int32_t index = order.rop & 15;
     if (index == kRopCopy)
