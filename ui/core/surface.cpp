@@ -66,7 +66,7 @@ void ui::markRect(dirtybuf &dirty, int32_t left, int32_t top, int32_t right, int
     uint8_t *row = dirty.tiles + size_t(ty0) * size_t(dirty.columns) + size_t(tx0);
     const int32_t n = tx1 - tx0;
     for (int32_t ty = ty0; ty < ty1; ++ty, row += dirty.columns) {
-        if (n > 4) {
+        if (n > 8) {
             std::memset(row, 1, size_t(n));
             continue;
         }
