@@ -16,7 +16,8 @@
 
 namespace ui::neon {
 
-// fillRow and fillArea: fillRow.h.
+// fillRow and fillArea: fillRow.h.  glyphRow: glyphRow.h (the glyph
+// blitter includes it).
 
 // The sixteen raster operations on rows (rop.cpp).
 extern const std::array<RopSpans, 16> ropSpans;

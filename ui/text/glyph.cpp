@@ -4,9 +4,12 @@
 #include <algorithm>
 #include <cstring>
 
-#include "../core/fills.h"
+#include "../core/rows.h"
 #include "../core/settings.h"
 #include "../core/surface.h"
+#if defined(__ARM_NEON)
+#include "../neon/glyphRow.h"
+#endif
 
 namespace {
 
@@ -30,31 +33,6 @@ Span visible(int64_t start, int32_t extent, int32_t clipStart, int32_t clipExten
 // A visible edge beyond 32 bits lies outside every image; saturated, the
 // image check refuses it.
 int32_t saturate(int64_t v) { return int32_t(std::clamp<int64_t>(v, INT32_MIN, INT32_MAX)); }
-
-// Stores colour into d[k] for each set bit among the top n bits of byte.
-inline void plot(uint32_t *d, uint32_t byte, int32_t n, uint32_t colour) {
-    for (int32_t k = 0; k < n; ++k)
-        if (byte & (0x80u >> k)) d[k] = colour;
-}
-
-// One visible row of `width` pixels from bit `firstBit` (from bit 7) of s[0]:
-// a leading partial byte, whole bytes, a trailing partial byte.
-void drawRow(uint32_t *d, const uint8_t *s, int32_t firstBit, int32_t width, uint32_t colour) {
-    if (firstBit != 0) {
-        const int32_t n = std::min(8 - firstBit, width);
-        plot(d, uint32_t(*s++) << firstBit, n, colour);
-        d += n;
-        width -= n;
-    }
-    for (; width >= 8; width -= 8, d += 8) {
-        const uint32_t byte = *s++;  // read once: the stores below may alias it
-        if (byte == 0xff)
-            ui::fillRow(d, 8, colour);
-        else if (byte != 0)
-            plot(d, byte, 8, colour);
-    }
-    if (width > 0) plot(d, *s, width, colour);
-}
 
 }  // namespace
 
@@ -85,7 +63,7 @@ void ui::drawGlyph(const imgbuf &image, int32_t px, int32_t py, const GlyphView 
     const size_t rowBytes = (size_t(g.cx) + 7) / 8;
     const uint8_t *src = glyph.bits + size_t(v.skip) * rowBytes + size_t(h.skip) / 8;
     for (int32_t row = 0;; src += rowBytes) {
-        drawRow(dst, src, int32_t(h.skip & 7), int32_t(h.size), colour);
+        rows::glyphRow(dst, src, int32_t(h.skip & 7), int32_t(h.size), colour);
         if (++row == v.size) break;
         dst = rowAt(dst, image.stride, 1);
     }
