@@ -65,13 +65,11 @@ void ui::markRect(dirtybuf &dirty, int32_t left, int32_t top, int32_t right, int
     if (!valid) return report(Site::tileRange, tx0, ty0, tx1, ty1, dirty.columns, dirty.rows);
     uint8_t *row = dirty.tiles + size_t(ty0) * size_t(dirty.columns) + size_t(tx0);
     const int32_t n = tx1 - tx0;
-    for (int32_t ty = ty0; ty < ty1; ++ty, row += dirty.columns) {
-        if (n > 8) {
+    for (int32_t ty = ty0; ty < ty1; ++ty, row += dirty.columns)
+        if (n > 8)
             std::memset(row, 1, size_t(n));
-            continue;
-        }
-        for (int32_t i = 0; i < n; ++i) row[i] = 1;  // a small order's few tiles: no call
-    }
+        else
+            for (int32_t i = 0; i < n; ++i) row[i] = 1;  // a small order's few tiles: no call
     dirty.changed = 1;
 }
 

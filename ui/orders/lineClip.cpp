@@ -5,6 +5,8 @@
 // clipped end points, hence the pixels, are the same everywhere.
 #include "lineClip.h"
 
+#include <initializer_list>
+
 #include "softDouble.h"
 #include "../core/surface.h"
 
@@ -48,60 +50,39 @@ void moveOntoEdge(Point &p, uint32_t code, const Edges &e, const SoftDouble &kx,
     }
 }
 
-// The first pass in exact integer arithmetic, for the usual lines: end points
-// and clip edges below 2^24 in magnitude, each outside point moved once.
-// A point moved onto a vertical edge e lands at y + (e - x) x dy / dx = v; the
-// double-precision move (dy / dx rounded, then the fused multiply-add) lies
-// within 2^-27 of v (|v - y| and |v| below 2^25), while a v that is not an
-// integer lies at least 1 / |dx| >= 2^-25 from every integer.  For such a v
-// the doubles compare with the integer edges and truncate exactly as v does;
-// an integer v (where the rounded move may land just below it) and every
-// other case are left to the passes in double precision.
-constexpr int32_t kSmall = 1 << 24;
-
-bool small(int32_t v) { return v > -kSmall && v < kSmall; }
-
-struct ExactPoint {
-    int32_t x, y;  // on the edge, and the moved coordinate truncated toward zero
-    uint32_t code;  // its outcode
-};
-
-// Moves (x, y) onto the first edge of `code` as moveOntoEdge does; false when
-// the result is an integer or out of range, where the doubles must decide.
-bool moveExactly(int32_t x, int32_t y, uint32_t code, const UiClipRect &clip, int32_t dx, int32_t dy,
-                 ExactPoint &out) {
+// The first pass in exact integers, for the usual lines: ends and edges below
+// 2^24 in magnitude, each outside point moved once, onto the clip's border.
+// A point moved onto a vertical edge e lands at v = y + (e - x) x dy / dx;
+// the double-precision move (dy / dx rounded, then the fused multiply-add)
+// lies within 2^-27 of v, while a v that is not an integer lies at least
+// 1 / |dx| >= 2^-25 from every integer, so the doubles compare with the
+// edges and truncate exactly as v does.  An integer v (the rounded move may
+// land just below it) and every other case are left to the doubles.
+bool movedInside(int32_t &x, int32_t &y, uint32_t code, const UiClipRect &c, int32_t dx, int32_t dy) {
     const bool vertical = (code & (ui::kOutLeft | ui::kOutRight)) != 0;
-    const int32_t edge = code & ui::kOutLeft    ? clip.left
-                         : code & ui::kOutRight ? clip.right
-                         : code & ui::kOutAbove ? clip.top
-                                                : clip.bottom;
-    // v = (along x across-difference + (edge - from) x rise) / run, on 49 bits
-    int64_t num = vertical ? int64_t(y) * dx + int64_t(edge - x) * dy : int64_t(x) * dy + int64_t(edge - y) * dx;
-    int64_t den = vertical ? dx : dy;
-    if (den < 0) num = -num, den = -den;
-    const int64_t quotient = num / den, remainder = num % den;
-    if (remainder == 0 || quotient <= -kSmall || quotient >= kSmall) return false;
-    const int64_t floor = remainder < 0 ? quotient - 1 : quotient;  // v lies strictly between floor and floor + 1
-    const int32_t moved = int32_t(quotient);
-    const int32_t low = vertical ? clip.top : clip.left, high = vertical ? clip.bottom : clip.right;
-    const uint32_t before = vertical ? ui::kOutAbove : ui::kOutLeft, after = vertical ? ui::kOutBelow : ui::kOutRight;
-    const uint32_t across = (floor < low ? before : 0) | (floor >= high ? after : 0);
-    out = vertical ? ExactPoint{edge, moved, ui::outcode(edge, low, clip) & (ui::kOutLeft | ui::kOutRight)}
-                   : ExactPoint{moved, edge, ui::outcode(low, edge, clip) & (ui::kOutAbove | ui::kOutBelow)};
-    out.code |= across;
+    const int32_t edge = code & ui::kOutLeft    ? c.left
+                         : code & ui::kOutRight ? c.right
+                         : code & ui::kOutAbove ? c.top
+                                                : c.bottom;
+    int32_t &onEdge = vertical ? x : y, &moved = vertical ? y : x;
+    const int32_t run = vertical ? dx : dy, sign = run < 0 ? -1 : 1;
+    const int64_t num = sign * (int64_t(moved) * run + int64_t(edge - onEdge) * (vertical ? dy : dx));
+    const int64_t den = sign * int64_t(run);
+    const int64_t quotient = num / den, remainder = num % den, floor = remainder < 0 ? quotient - 1 : quotient;
+    const bool inside = vertical ? c.top <= floor && floor < c.bottom && c.left <= edge && edge <= c.right
+                                 : c.left <= floor && floor < c.right && c.top <= edge && edge <= c.bottom;
+    if (remainder == 0 || !inside) return false;
+    onEdge = edge, moved = int32_t(quotient);
     return true;
 }
 
-// The line accepted after one exact pass, or false when the doubles must decide.
-bool acceptedExactly(ui::LineSegment &line, const UiClipRect &clip, uint32_t c1, uint32_t c2, int32_t dx, int32_t dy) {
-    if (!(small(line.x1) && small(line.y1) && small(line.x2) && small(line.y2) && small(clip.left) &&
-          small(clip.top) && small(clip.right) && small(clip.bottom)))
+bool acceptedExactly(ui::LineSegment &line, const UiClipRect &c, uint32_t c1, uint32_t c2, int32_t dx, int32_t dy) {
+    for (const int32_t v : {line.x1, line.y1, line.x2, line.y2, c.left, c.top, c.right, c.bottom})
+        if (v <= -(1 << 24) || v >= 1 << 24) return false;
+    ui::LineSegment s = line;
+    if ((c1 != 0 && !movedInside(s.x1, s.y1, c1, c, dx, dy)) || (c2 != 0 && !movedInside(s.x2, s.y2, c2, c, dx, dy)))
         return false;
-    ExactPoint start{line.x1, line.y1, 0}, end{line.x2, line.y2, 0};
-    if (c1 != 0 && !moveExactly(line.x1, line.y1, c1, clip, dx, dy, start)) return false;
-    if (c2 != 0 && !moveExactly(line.x2, line.y2, c2, clip, dx, dy, end)) return false;
-    if ((start.code | end.code) != 0) return false;
-    line = ui::LineSegment{start.x, start.y, end.x, end.y};
+    line = s;
     return true;
 }
 
