@@ -26,6 +26,18 @@ inline void fillRow(uint32_t *p, int32_t n, uint32_t colour) {
     for (int32_t i = 0; i < n; ++i) p[i] = colour;
 }
 
+// op(pixel) for n >= 1 pixels down a column from p, rows stride bytes apart:
+// four rows a step, as a column costs little more than its stores; p is
+// stepped only between pixels.
+template <typename Op>
+inline void downColumn(uint32_t *p, uint32_t stride, uint32_t n, Op op) {
+    const auto next = [stride](uint32_t *q) {
+        return reinterpret_cast<uint32_t *>(reinterpret_cast<uint8_t *>(q) + stride);
+    };
+    for (; n > 4; n -= 4) op(p), p = next(p), op(p), p = next(p), op(p), p = next(p), op(p), p = next(p);
+    for (op(p); --n != 0;) p = next(p), op(p);
+}
+
 // A pattern's row: its eight colours (32 bytes of native words, any
 // alignment) laid across n pixels from p, colour k at every pixel k mod 8.
 inline void repeatRow(uint32_t *p, int32_t n, const uint8_t *colours) {

@@ -49,8 +49,7 @@ void ui::vLine(imgbuf *image, dirtybuf *dirty, int32_t x, int32_t y, int32_t len
     if (length <= 0) return report(Site::vLineLength);
     uint32_t *p = writePtr(*image, x, y, 1, length);
     if (p == nullptr) return report(Site::vLine);
-    const uint32_t stride = image->stride;  // a local: the stores could alias the record
-    for (int32_t k = 0; k < length; ++k) *rowAt(p, stride, k) = colour;
+    downColumn(p, image->stride, uint32_t(length), [colour](uint32_t *q) { *q = colour; });
     markDrawn(dirty, UiRect{x, y, 1, length});
 }
 

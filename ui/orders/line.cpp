@@ -10,6 +10,7 @@
 #include <cstddef>
 
 #include "../core/entry.h"
+#include "../core/fills.h"
 #include "../core/rows.h"
 #include "../core/settings.h"
 #include "../core/surface.h"
@@ -103,13 +104,8 @@ void drawVertical(UiSurface &surface, int32_t x, int32_t y1, int32_t y2, int32_t
     const imgbuf &image = surface.image;
     uint32_t *p = ui::writePtr(image, x, int32_t(first), 1, checkedSize(n));
     if (p == nullptr) return ui::report(Site::lineVertical);
-    const uint32_t colour = pen.colour;
-    const uint32_t stride = image.stride;
-    for (uint32_t left = uint32_t(n);;) {  // n fits: the image check admitted it
-        pen(p, colour);
-        if (--left == 0) break;
-        p = ui::rowAt(p, stride, 1);
-    }
+    const uint32_t colour = pen.colour;  // n fits: the image check admitted it
+    ui::downColumn(p, image.stride, uint32_t(n), [pen, colour](uint32_t *q) { pen(q, colour); });
     ui::markRect(surface.dirty, x, int32_t(first), ui::wrapAdd(x, 1), ui::wrapAdd(int32_t(first), n));
 }
 
