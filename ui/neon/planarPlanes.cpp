@@ -113,21 +113,19 @@ template <bool kFirst>
     uint8x16_t value = vdupq_n_u8(at.value(width));
     Stop stop = Stop::input;
     do {
-        const uint32_t segment = kSegments[*q];
+        const uint32_t segment = kSegments[*q++];
         const int32_t raw = int32_t(segment & 15);
         if ((missing -= int32_t(segment >> 4)) < 0) {
-            ++q;
             stop = Stop::overrun;
             break;
         }
         if (raw != 0) {
-            const uint8x16_t bytes = vld1q_u8(q + 1);
+            const uint8x16_t bytes = vld1q_u8(q);
             vst1q_u8(next, kFirst ? bytes : deltas(bytes));
-            next += raw;
+            q += raw, next += raw;
             value = vld1q_dup_u8(next - 1);
         }
         vst1q_u8(next, value), vst1q_u8(next + 16, value), vst1q_u8(next + 32, value);
-        q += raw + 1;
         next = rowEnd - missing;
         if (missing == 0) {
             if (--rows == 0) {
