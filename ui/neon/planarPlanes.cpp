@@ -2,10 +2,10 @@
 // planes, and the alpha plane read past.
 //
 // Each plane's segments become one code per pixel (its value in the plane's
-// first row, its delta below it) in a byte buffer: sixteen raw bytes and
-// sixteen run bytes (48 for the long runs, which have no raw bytes) at a time
-// whatever the segment's counts, the next segment storing over the excess.
-// The reading loop goes on from one row to the next.
+// first row, its delta below it) in a byte buffer: sixteen raw bytes and 48
+// run bytes (a long run has up to 47) at a time whatever the segment's counts,
+// the next segment storing over the excess.  The reading loop goes on from
+// one row to the next.
 //
 // The codes become pixels sixteen columns at a time, from the top row down,
 // the column's sums (values) kept in registers.  A bitmap whose three planes
