@@ -3,6 +3,8 @@
 // its plain twin; elsewhere the plain rows are checked against the small
 // models below.  Guard pixels around every output must come out untouched.
 #include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstring>
@@ -84,6 +86,26 @@ bool decodePlane(ui::streamIn &in, uint32_t *pixels, int32_t width, int32_t heig
     }
     return true;
 }
+int32_t decodePlanes(ui::streamIn &in, uint32_t *pixels, int32_t width, int32_t height) {
+    int32_t done = 0;
+    while (done < 3 && decodePlane(in, pixels, width, height, 2 - done)) ++done;
+    return done;
+}
+// The same segments read past; raw bytes that are not all there are not
+// consumed.
+bool skipPlane(ui::streamIn &in, int32_t width, int32_t height) {
+    for (int32_t y = 0; y < height; ++y)
+        for (int32_t x = 0; x < width;) {
+            if (in.left < 1) return in.readU8(0), false;
+            const uint8_t c = in.readU8(0);
+            int32_t raw = c >> 4, run = c & 15;
+            if (run == 1 || run == 2) run = raw + 16 * run, raw = 0;
+            if (x + raw + run > width) return false;
+            x += raw + run;
+            if (in.left >= raw) in.ptr += raw, in.left -= raw;
+        }
+    return true;
+}
 }  // namespace ref
 #endif
 
@@ -148,11 +170,11 @@ TEST(Rows, SourcePixelsAndPlanesIntoWords) {
         }
 }
 
-// Plane streams of whole rows of segments, at times with one byte changed
-// or cut short, so that overruns and missing bytes are met too.
-std::vector<uint8_t> planeStream(int32_t width, int32_t height) {
+// Three plane streams of whole rows of segments, at times with one byte
+// changed or cut short, so that overruns and missing bytes are met too.
+std::vector<uint8_t> planeStreams(int32_t width, int32_t height) {
     std::vector<uint8_t> s;
-    for (int32_t y = 0; y < height; ++y)
+    for (int32_t y = 0; y < 3 * height; ++y)
         for (int32_t x = 0; x < width;) {
             int32_t raw = int32_t(rng() % 16), run = int32_t(rng() % 16);
             if (raw + run > width - x) raw = std::min(raw, width - x), run = width - x - raw;
@@ -169,29 +191,75 @@ std::vector<uint8_t> planeStream(int32_t width, int32_t height) {
     return s;
 }
 
+// Bytes that end where an unreadable page begins: a read past them faults.
+class Guarded {
+public:
+    explicit Guarded(const std::vector<uint8_t> &bytes) : length_(int32_t(bytes.size())) {
+        const size_t page = size_t(sysconf(_SC_PAGESIZE));
+        size_ = (bytes.size() + page - 1) / page * page + page;
+        void *map = mmap(nullptr, size_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        if (map == MAP_FAILED) return;
+        map_ = static_cast<uint8_t *>(map);
+        mprotect(map_ + size_ - page, page, PROT_NONE);
+        data_ = map_ + size_ - page - bytes.size();
+        if (!bytes.empty()) std::memcpy(data_, bytes.data(), bytes.size());
+    }
+    ~Guarded() {
+        if (map_ != nullptr) munmap(map_, size_);
+    }
+    Guarded(const Guarded &) = delete;
+    Guarded &operator=(const Guarded &) = delete;
+    const uint8_t *data() const { return data_; }
+    int32_t length() const { return length_; }
+
+private:
+    int32_t length_;
+    uint8_t *map_ = nullptr, *data_ = nullptr;
+    size_t size_ = 0;
+};
+
+// Widths 0 to 70 in a few rows; then bitmaps whose three planes do not fit
+// the NEON form's buffer together (70 x 60), nor one plane in one band
+// (70 x 200, 15 x 900), and rows wider than it.  The streams end at an
+// unreadable page.  The same streams are read past as one plane of three
+// times the rows.
 TEST(Rows, RunLengthPlanes) {
-    std::vector<int32_t> widths;
-    for (int32_t w = 0; w <= 70; ++w) widths.push_back(w);
-    widths.insert(widths.end(), {1023, 1030, 2100});
-    for (int32_t w : widths)
-        for (int round = 0; round < 12; ++round) {
-            const int32_t h = 1 + round % 4, position = round % 3;
-            const std::vector<uint8_t> stream = planeStream(w, h);
+    std::vector<std::pair<int32_t, int32_t>> sizes;
+    for (int32_t w = 0; w <= 70; ++w)
+        for (int32_t h = 1; h <= 4; ++h) sizes.push_back({w, h});
+    for (int32_t h : {60, 200}) sizes.insert(sizes.end(), {{70, h}, {64, h}});
+    sizes.insert(sizes.end(), {{15, 900}, {1023, 2}, {2100, 4}, {12300, 1}});
+    for (const auto &[w, h] : sizes)
+        for (int round = 0; round < (w <= 70 && h <= 4 ? 4 : 8); ++round) {
+            const Guarded stream(planeStreams(w, h));
+            ASSERT_NE(stream.data(), nullptr);
             const Words frame = randomWords(size_t(w) * size_t(h) + 8);
             ui::streamIn ins[2];
-            bool ok[2];
+            int32_t done[2];
             kit::Trail trails[2];
             same(frame, [&](uint32_t *f, bool r) {
                 kit::LogCapture log;
-                ui::streamIn &in = ins[r] = ui::streamIn{stream.data(), int32_t(stream.size())};
-                ok[r] = (r ? ref::decodePlane : ui::rows::decodePlane)(in, f + 4, w, h, position);
+                ui::streamIn &in = ins[r] = ui::streamIn{stream.data(), stream.length()};
+                done[r] = (r ? ref::decodePlanes : ui::rows::decodePlanes)(in, f + 4, w, h);
                 trails[r] = log.trail();
-            }, "decodePlane", w, round);
-            EXPECT_EQ(ok[0], ok[1]) << w << " " << round;
-            EXPECT_EQ(ins[0].ptr, ins[1].ptr) << w << " " << round;
-            EXPECT_EQ(ins[0].left, ins[1].left) << w << " " << round;
+            }, "decodePlanes", w, h * 100 + round);
+            EXPECT_EQ(done[0], done[1]) << w << "x" << h << " " << round;
+            EXPECT_EQ(ins[0].ptr, ins[1].ptr) << w << "x" << h << " " << round;
+            EXPECT_EQ(ins[0].left, ins[1].left) << w << "x" << h << " " << round;
 #if defined(__ARM_NEON)
-            EXPECT_EQ(trails[0], trails[1]) << w << " " << round;
+            EXPECT_EQ(trails[0], trails[1]) << w << "x" << h << " " << round;
+#endif
+            bool skipped[2];
+            for (int r = 0; r < 2; ++r) {
+                kit::LogCapture log;
+                ui::streamIn &in = ins[r] = ui::streamIn{stream.data(), stream.length()};
+                skipped[r] = (r ? ref::skipPlane : ui::rows::skipPlane)(in, w, 3 * h);
+                trails[r] = log.trail();
+            }
+            EXPECT_EQ(skipped[0], skipped[1]) << w << "x" << h << " " << round;
+            EXPECT_EQ(ins[0].ptr, ins[1].ptr) << w << "x" << h << " " << round;
+#if defined(__ARM_NEON)
+            EXPECT_EQ(trails[0], trails[1]) << w << "x" << h << " " << round;
 #endif
         }
 }

@@ -59,9 +59,14 @@ public:
         const bool alpha = (header & 0x20) == 0;
         if ((header & 0x10) == 0) return rawPlanes(alpha);
         if (alpha && !skipAlphaPlane()) return ui::fail(Site::alphaPlane);
-        if (!RDP6_decompressPlane(2)) return ui::fail(Site::redPlane);
-        if (!RDP6_decompressPlane(1)) return ui::fail(Site::greenPlane);
-        if (!RDP6_decompressPlane(0)) return ui::fail(Site::bluePlane);
+        if constexpr (ui::kNeonRows && kCopy == 0) {
+            const int32_t done = ui::rows::decodePlanes(stream, dst, width, height);
+            if (done < 3) return ui::fail(done == 0 ? Site::redPlane : done == 1 ? Site::greenPlane : Site::bluePlane);
+        } else {
+            if (!RDP6_decompressPlane(2)) return ui::fail(Site::redPlane);
+            if (!RDP6_decompressPlane(1)) return ui::fail(Site::greenPlane);
+            if (!RDP6_decompressPlane(0)) return ui::fail(Site::bluePlane);
+        }
         dstPos = dstSize;
         return 1;
     }
@@ -71,13 +76,27 @@ public:
     // out before the plane is complete.  The rows work on a copy of the
     // reader, which the compiler can keep in registers.
     int32_t RDP6_decompressPlane(int position) {
-        if constexpr (ui::kNeonRows && kCopy == 0) return ui::rows::decodePlane(stream, dst, width, height, position);
         ui::streamIn in = stream;
         bool ok = true;
         for (int32_t y = 0; ok && y < height; ++y)
             ok = position == 2 ? row<true>(in, y, 2) : row<false>(in, y, position);
         stream = in;
         return ok;
+    }
+
+    // A raw-byte skip that falls short is reported by the reader and dropped;
+    // input that runs out fails the plane, as does a segment past its row.
+    bool skipAlphaPlane() {
+        if constexpr (ui::kNeonRows && kCopy == 0) return ui::rows::skipPlane(stream, width, height);
+        for (int32_t y = 0; y < height; ++y) {
+            for (int32_t missing = width, raw, run; missing > 0;) {
+                if (!segment(stream, Line::alphaControl, raw, run)) return false;
+                missing -= raw + run;
+                if (missing < 0) return ui::fail(Site::alphaOverrun);
+                stream.skip(raw);
+            }
+        }
+        return true;
     }
 
 private:
@@ -172,20 +191,6 @@ private:
         return out;
     }
 
-    // A raw-byte skip that falls short is reported by the reader and dropped;
-    // input that runs out fails the plane, as does a segment past its row.
-    bool skipAlphaPlane() {
-        for (int32_t y = 0; y < height; ++y) {
-            for (int32_t missing = width, raw, run; missing > 0;) {
-                if (!segment(stream, Line::alphaControl, raw, run)) return false;
-                missing -= raw + run;
-                if (missing < 0) return ui::fail(Site::alphaOverrun);
-                stream.skip(raw);
-            }
-        }
-        return true;
-    }
-
     // Three planes of n bytes (after the alpha plane's n, not checked on
     // their own); what follows them is ignored.
     int32_t rawPlanes(bool alpha) {
@@ -206,9 +211,17 @@ void ui::mergePlanes(uint32_t *out, const uint8_t *red, const uint8_t *green, co
     ::mergePlanes<1>(out, red, green, blue, n);
 }
 
-bool ui::decodePlane(streamIn &in, uint32_t *pixels, int32_t width, int32_t height, int position) {
-    PlanarDecoder<1> plane(rlecontext(width, height, pixels, in.ptr, in.left));
-    const bool ok = plane.RDP6_decompressPlane(position);
+int32_t ui::decodePlanes(streamIn &in, uint32_t *pixels, int32_t width, int32_t height) {
+    PlanarDecoder<1> planes(rlecontext(width, height, pixels, in.ptr, in.left));
+    int32_t done = 0;
+    while (done < 3 && planes.RDP6_decompressPlane(2 - done)) ++done;
+    in = planes.stream;
+    return done;
+}
+
+bool ui::skipPlane(streamIn &in, int32_t width, int32_t height) {
+    PlanarDecoder<1> plane(rlecontext(width, height, nullptr, in.ptr, in.left));
+    const bool ok = plane.skipAlphaPlane();
     in = plane.stream;
     return ok;
 }

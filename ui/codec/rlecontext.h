@@ -41,8 +41,10 @@ public:
 int32_t decodeInterleaved(rlecontext &context);
 // 1, or 0 after a refused format header or a failed plane (reported).
 int32_t decodePlanar(rlecontext &context);
-// Row functions (rows.h): a run-length plane into byte `position` of each pixel.
-bool decodePlane(streamIn &in, uint32_t *pixels, int32_t width, int32_t height, int position);
+// Row functions (rows.h): the three run-length colour planes (red, green,
+// blue) into the pixels, giving how many were complete.
+int32_t decodePlanes(streamIn &in, uint32_t *pixels, int32_t width, int32_t height);
+bool skipPlane(streamIn &in, int32_t width, int32_t height);  // the alpha plane, read past
 void mergePlanes(uint32_t *out, const uint8_t *red, const uint8_t *green, const uint8_t *blue, int32_t n);
 
 // Decodes dataLength bytes into dst (width x height pixels, rows in stream

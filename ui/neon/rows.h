@@ -28,9 +28,11 @@ RowFn rowFor(int32_t step, bool low);
 // Three byte planes into words (mergePlanes.cpp).
 void mergePlanes(uint32_t *out, const uint8_t *red, const uint8_t *green, const uint8_t *blue, int32_t n);
 
-// One run-length plane of the planar codec into byte `position` of each
-// pixel (planarPlane.cpp).
-bool decodePlane(streamIn &in, uint32_t *pixels, int32_t width, int32_t height, int position);
+// The three run-length colour planes of the planar codec into the pixels;
+// the planes completed (planarPlanes.cpp).
+int32_t decodePlanes(streamIn &in, uint32_t *pixels, int32_t width, int32_t height);
+// The run-length alpha plane, read past (planarPlanes.cpp).
+bool skipPlane(streamIn &in, int32_t width, int32_t height);
 
 }  // namespace ui::neon
 
