@@ -77,8 +77,9 @@ TEST(CopyRect, OverlappingCopiesMatchACopyThroughASeparateBuffer) {
     }
 }
 
-// The size first, then the destination, then the source; a failed tile
-// marking is reported and the copy stands.
+// The size first, then the destination, then the source (each the image
+// check's, whose every edge is in test_surface); a failed tile marking is
+// reported and the copy stands.
 TEST(CopyRect, RefusalsComeInTheirOrderAndChangeNothing) {
     test::Library lib;
     const struct {
@@ -89,10 +90,7 @@ TEST(CopyRect, RefusalsComeInTheirOrderAndChangeNothing) {
         {{0, 0, 0, 10}, 1000, 0, kit::trail({S::copySize})},  {{200, 0, 10, -1}, 0, 0, kit::trail({S::copySize})},
         {{90, 0, 7, 5}, 1000, 1000, kit::trail({S::imageWrite, S::copyDestination})},
         {{0, 60, 5, 5}, 0, 0, kit::trail({S::imageWrite, S::copyDestination})},
-        {{-1, 0, 5, 5}, 0, 0, kit::trail({S::imageWrite, S::copyDestination})},
-        {{1, 1, INT32_MAX, 1}, 0, 0, kit::trail({S::imageWrite, S::copyDestination})},
         {{0, 0, 5, 5}, 92, 0, kit::trail({S::imageRead, S::copySource})},  {{0, 0, 5, 5}, 0, 60, kit::trail({S::imageRead, S::copySource})},
-        {{0, 0, 5, 5}, 0, -1, kit::trail({S::imageRead, S::copySource})},  {{0, 0, 5, 5}, INT32_MAX, 0, kit::trail({S::imageRead, S::copySource})},
         {{0, 0, 4, 4}, 50, 50, {kit::entry(S::tileRange, "0,0->1,1 of 0,2")}},  // a map without columns
     };
     for (const auto &c : cases) {

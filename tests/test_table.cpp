@@ -63,17 +63,15 @@ TEST_F(Fresh, FailedReservationIsReportedAndTheTableStillFilled) {
     EXPECT_EQ(log.trail().back(), kit::entry(ui::Site::noFragmentStore));
 }
 
-TEST_F(Fresh, ReportsGoToTheLatestCallbackAndByteOrderIsStored) {
+// (The byte order slot is met through the pixels it orders: putPixels and
+// importImage32 in test_direct, the ZRLE tiles and Hextile in test_rfb.)
+TEST_F(Fresh, ReportsGoToTheLatestCallback) {
     get(&config);
     t.get(srn_get, &otherLog, nullptr);
     otherCalls = 0;
     t.fillBufferRect(nullptr, nullptr, UiRect{-1, 0, 1, 1}, 0);
     EXPECT_EQ(otherCalls, 1);
     EXPECT_TRUE(log.trail().empty());
-    for (uint8_t order : {1, 0, 7}) {
-        t.setSourceByteOrder(order);
-        EXPECT_EQ(ui::settings.sourceByteOrder, order);
-    }
 }
 
 }  // namespace
