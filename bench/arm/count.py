@@ -47,8 +47,8 @@ def main():
     args = parser.parse_args()
 
     builds = []
-    for spec in args.builds:
-        name, _, rest = spec.partition("=")
+    for given in args.builds:
+        name, _, rest = given.partition("=")
         build_dir, _, library = rest.partition(":")
         driver = os.path.join(build_dir, "bench", "ui32-armbench")
         with open(os.path.join(build_dir, "bench", "emulator.txt")) as f:
