@@ -3,8 +3,6 @@
 // its plain twin; elsewhere the plain rows are checked against the small
 // models below.  Guard pixels around every output must come out untouched.
 #include <gtest/gtest.h>
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstring>
@@ -14,6 +12,7 @@
 
 #include "core/rows.h"
 #include "core/surface.h"
+#include "bytes.h"
 #include "log.h"
 
 namespace {
@@ -191,33 +190,6 @@ std::vector<uint8_t> planeStreams(int32_t width, int32_t height) {
     return s;
 }
 
-// Bytes that end where an unreadable page begins: a read past them faults.
-class Guarded {
-public:
-    explicit Guarded(const std::vector<uint8_t> &bytes) : length_(int32_t(bytes.size())) {
-        const size_t page = size_t(sysconf(_SC_PAGESIZE));
-        size_ = (bytes.size() + page - 1) / page * page + page;
-        void *map = mmap(nullptr, size_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-        if (map == MAP_FAILED) return;
-        map_ = static_cast<uint8_t *>(map);
-        mprotect(map_ + size_ - page, page, PROT_NONE);
-        data_ = map_ + size_ - page - bytes.size();
-        if (!bytes.empty()) std::memcpy(data_, bytes.data(), bytes.size());
-    }
-    ~Guarded() {
-        if (map_ != nullptr) munmap(map_, size_);
-    }
-    Guarded(const Guarded &) = delete;
-    Guarded &operator=(const Guarded &) = delete;
-    const uint8_t *data() const { return data_; }
-    int32_t length() const { return length_; }
-
-private:
-    int32_t length_;
-    uint8_t *map_ = nullptr, *data_ = nullptr;
-    size_t size_ = 0;
-};
-
 // Widths 0 to 70 in a few rows; then bitmaps whose three planes do not fit
 // the NEON form's buffer together (70 x 60), nor one plane in one band
 // (70 x 200, 15 x 900), and rows wider than it.  The streams end at an
@@ -231,7 +203,7 @@ TEST(Rows, RunLengthPlanes) {
     sizes.insert(sizes.end(), {{15, 900}, {1023, 2}, {2100, 4}, {12300, 1}});
     for (const auto &[w, h] : sizes)
         for (int round = 0; round < (w <= 70 && h <= 4 ? 4 : 8); ++round) {
-            const Guarded stream(planeStreams(w, h));
+            const kit::GuardedInput stream(planeStreams(w, h));  // a read past it faults
             ASSERT_NE(stream.data(), nullptr);
             const Words frame = randomWords(size_t(w) * size_t(h) + 8);
             ui::streamIn ins[2];
@@ -239,7 +211,7 @@ TEST(Rows, RunLengthPlanes) {
             kit::Trail trails[2];
             same(frame, [&](uint32_t *f, bool r) {
                 kit::LogCapture log;
-                ui::streamIn &in = ins[r] = ui::streamIn{stream.data(), stream.length()};
+                ui::streamIn &in = ins[r] = ui::streamIn{stream.data(), stream.size()};
                 done[r] = (r ? ref::decodePlanes : ui::rows::decodePlanes)(in, f + 4, w, h);
                 trails[r] = log.trail();
             }, "decodePlanes", w, h * 100 + round);
@@ -252,7 +224,7 @@ TEST(Rows, RunLengthPlanes) {
             bool skipped[2];
             for (int r = 0; r < 2; ++r) {
                 kit::LogCapture log;
-                ui::streamIn &in = ins[r] = ui::streamIn{stream.data(), stream.length()};
+                ui::streamIn &in = ins[r] = ui::streamIn{stream.data(), stream.size()};
                 skipped[r] = (r ? ref::skipPlane : ui::rows::skipPlane)(in, w, 3 * h);
                 trails[r] = log.trail();
             }
